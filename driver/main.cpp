@@ -1,0 +1,69 @@
+// The run sequence of Wakerly: one pass over the checks, the notifier and the client library.
+
+#include <cstring>
+#include <string>
+
+#include "driver/check_window.h"
+#include "driver/enabled_check.h"
+#include "driver/startup_logging.h"
+#include "esd/log/updater_log.h"
+#include "esd/prefs/updater_folders.h"
+#include "launcher/kodo_launcher.h"
+#include "platform/application.h"
+#include "welko/folder_path.h"
+#include "welko/path.h"
+
+namespace {
+
+constexpr int kLevel = 2;
+
+bool IsScheduledMode(int argc, char** argv) {
+  return argc >= 2 && std::strcmp(argv[1], "-mode=scheduled") == 0;
+}
+
+// The desktop suite does the notifier's work where it is installed.
+bool IsSuitePresent() {
+  std::string suite;
+  welko::GetFolderPath(welko::kFolderLumoraUtilities, suite);
+  welko::AppendPathComponent(suite, "Lumdesk");
+  welko::AppendPathComponent(suite, "Lumora.app");
+  return welko::PathExists(suite);
+}
+
+bool IsWindowElapsed() {
+  const bool elapsed = wakerly::IsScheduledCheckWindowElapsed();
+  esd::UpdaterLog(kLevel, elapsed ? "Wakerly : Window is Elapsed and going to launch Tarnik."
+                                  : "Wakerly : Window is NOT Elapsed.");
+  return elapsed;
+}
+
+void LaunchNotifier(const std::string& path) {
+  esd::UpdaterLogValue(kLevel, "Wakerly: Calling LaunchExecutable for exe ", path);
+  if (!IsSuitePresent()) platform::LaunchApplication(path);
+}
+
+void RunClientLibrary() {
+  wakerly::VantreUpdaterKodoLauncher::getInstance()->runKodoWorkflow();
+  wakerly::VantreUpdaterKodoLauncher::destroyInstance();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  wakerly::SetUpStartupLogging();
+  const bool scheduled = IsScheduledMode(argc, argv);
+  esd::UpdaterLog(kLevel, scheduled ? "Wakerly : Loaded in scheduled mode."
+                                    : "Wakerly : Loaded at startup/logon.");
+  if (!wakerly::CheckIfUpdaterIsEnabled()) {
+    esd::UpdaterLog(kLevel, "Wakerly : WARNING - Updater is NOT enabled.");
+  }
+  std::string notifier;
+  if (!esd::GetNotifierExecutablePath(notifier)) {
+    esd::UpdaterLog(
+        kLevel, "Wakerly Error: Unable to get the Orlan Update Notifier executable path.");
+    return 1;
+  }
+  if (scheduled || IsWindowElapsed()) LaunchNotifier(notifier);
+  RunClientLibrary();
+  return 0;
+}

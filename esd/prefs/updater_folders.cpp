@@ -1,0 +1,78 @@
+#include "esd/prefs/updater_folders.h"
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <initializer_list>
+
+#include "esd/util/file_info.h"
+#include "esd/util/folder_tree.h"
+#include "esd/util/path.h"
+#include "esd/util/special_folder.h"
+
+namespace esd {
+namespace {
+
+constexpr unsigned kLocalTemporary = 2;
+constexpr unsigned kUserApplicationSupport = 7;
+constexpr unsigned kLocalApplicationSupport = 13;
+
+std::string g_prefs_folder_override;
+
+// Makes `path` when it is missing, with the permission bits of `above`.
+bool EnsureFolder(const std::string& path, const std::string& above, bool shared) {
+  std::uint16_t bits = 0774;
+  GetPermissionMode(above, bits);
+  if (ObjectExistsAtPath(path)) return true;
+  if (!CreateFolderTree(path)) return false;
+  return shared ? MakeSharedWritable(path) : chmod(path.c_str(), bits) == 0;
+}
+
+bool GetPrefsFile(const char* name, std::string& out) {
+  std::string folder;
+  if (!GetUpdaterPrefsFolder(folder)) return false;
+  out = JoinPath(folder, name);
+  return true;
+}
+
+}  // namespace
+
+bool EnsureUpdaterFolder(std::string& path, bool shared) {
+  const std::string maker = JoinPath(path, "Vantre");
+  const std::string updater = JoinPath(JoinPath(maker, "OrlanUpdater"), "1.0");
+  if (!EnsureFolder(maker, path, shared) || !EnsureFolder(updater, maker, shared)) return false;
+  path = updater;
+  return true;
+}
+
+bool GetUpdaterFolder(unsigned kind, std::string& out, bool shared) {
+  std::string path;
+  if (!GetSpecialFolder(kind, path, true) || !EnsureUpdaterFolder(path, shared)) return false;
+  out = path;
+  return true;
+}
+
+bool GetUpdaterPrefsFolder(std::string& out) {
+  if (!g_prefs_folder_override.empty()) {
+    out = g_prefs_folder_override;
+    return true;
+  }
+  return GetUpdaterFolder(kUserApplicationSupport, out, false) ||
+         GetUpdaterFolder(kLocalTemporary, out, false);
+}
+
+void SetUpdaterPrefsFolderOverride(const std::string& path) { g_prefs_folder_override = path; }
+
+bool GetStartupLogFilePath(std::string& out) { return GetPrefsFile("orlanul.log", out); }
+
+bool GetNotifierExecutablePath(std::string& out) {
+  out.clear();
+  if (!GetSpecialFolder(kLocalApplicationSupport, out, false)) return false;
+  for (const char* part : {"Vantre", "Welko", "Tarnik", "Brevo",
+                           "Orlan Updates Notifier.app/Contents/MacOS/Orlan Updates Notifier"}) {
+    out = JoinPath(out, part);
+  }
+  return true;
+}
+
+}  // namespace esd

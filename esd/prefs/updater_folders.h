@@ -1,0 +1,37 @@
+// The updater's own folders and files, all in versioned folders below well-known ones.
+#ifndef ESD_PREFS_UPDATER_FOLDERS_H_
+#define ESD_PREFS_UPDATER_FOLDERS_H_
+
+#include <string>
+
+namespace esd {
+
+/// Makes sure that the updater's folder stands below the folder `path`, and gives it in `path`. A new
+/// folder takes the permission bits of the one above it, or is group-writable when `shared`; those of
+/// an existing one stay. On false `path` is untouched, and what was made so far stays.
+bool EnsureUpdaterFolder(std::string& path, bool shared);
+
+/// Gives in `out` the updater's folder below the special folder `kind`, made when it is missing.
+/// On false `out` is untouched.
+bool GetUpdaterFolder(unsigned kind, std::string& out, bool shared);
+
+/// Gives in `out` the folder of the updater's preferences and logs: the override when one is set, else
+/// the updater's folder below the user's application support, else below the machine's temporary
+/// folder. On false `out` is untouched.
+bool GetUpdaterPrefsFolder(std::string& out);
+
+/// Uses `path` as the updater preferences folder for the rest of the process, as it is; an empty one
+/// ends that.
+void SetUpdaterPrefsFolderOverride(const std::string& path);
+
+/// Gives in `out` the path of this program's log, in the updater preferences folder.
+/// On false `out` is untouched.
+bool GetStartupLogFilePath(std::string& out);
+
+/// Gives in `out` the path of the updates notifier's executable, which may be missing. False, with `out`
+/// empty, when the machine's application-support folder is not found.
+bool GetNotifierExecutablePath(std::string& out);
+
+}  // namespace esd
+
+#endif  // ESD_PREFS_UPDATER_FOLDERS_H_

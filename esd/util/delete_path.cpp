@@ -1,0 +1,61 @@
+#include "esd/util/delete_path.h"
+
+#include <fts.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+#include "platform/file_attributes.h"
+
+namespace esd {
+namespace {
+
+bool DeleteTree(std::string path) {
+  char* roots[] = {path.data(), nullptr};
+  const std::unique_ptr<FTS, decltype(&fts_close)> walk(
+      fts_open(roots, FTS_PHYSICAL | FTS_NOCHDIR, nullptr), &fts_close);
+  if (!walk) return false;
+  while (const FTSENT* item = fts_read(walk.get())) {
+    // A folder comes twice: before its content, and after it.
+    if (item->fts_info == FTS_D) continue;
+    platform::ClearLocked(item->fts_accpath);
+    remove(item->fts_accpath);
+  }
+  // Whatever could not be removed keeps the folders above it.
+  struct stat status {};
+  return lstat(path.c_str(), &status) != 0;
+}
+
+bool IsInGroup(gid_t group) {
+  if (group == getegid()) return true;
+  const int count = getgroups(0, nullptr);
+  std::vector<gid_t> groups(count > 0 ? static_cast<std::size_t>(count) : 0);
+  const int filled = getgroups(static_cast<int>(groups.size()), groups.data());
+  return filled > 0 && std::find(groups.begin(), groups.end(), group) != groups.end();
+}
+
+bool MayWrite(const struct stat& status) {
+  if (geteuid() == 0) return true;
+  if (status.st_uid == geteuid()) return (status.st_mode & S_IWUSR) != 0;
+  if (IsInGroup(status.st_gid)) return (status.st_mode & S_IWGRP) != 0;
+  return true;
+}
+
+}  // namespace
+
+bool DeletePath(const std::string& path) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0) {
+    return errno == ENOENT || errno == ENOTDIR || remove(path.c_str()) == 0;
+  }
+  if (S_ISDIR(status.st_mode)) return DeleteTree(path);
+  if (platform::IsLocked(path) || platform::IsVolumeLocked(path) || !MayWrite(status)) return false;
+  return remove(path.c_str()) == 0;
+}
+
+}  // namespace esd

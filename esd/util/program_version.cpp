@@ -1,0 +1,7 @@
+#include "esd/util/program_version.h"
+
+namespace esd {
+
+const char* ProgramVersion() { return WAKERLY_VERSION; }
+
+}  // namespace esd

@@ -1,0 +1,155 @@
+#include "launcher/kodo_launcher.h"
+
+#include <dlfcn.h>
+
+#include <chrono>
+#include <exception>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "esd/log/updater_log.h"
+#include "esd/util/program_version.h"
+#include "welko/folder_path.h"
+#include "welko/path.h"
+
+namespace wakerly {
+namespace {
+
+constexpr int kLevel = 2;
+constexpr const char* kApplicationName = "MondoUpdater";
+
+// Owned here; the lock keeps the instance alive while a callback is at work in it.
+VantreUpdaterKodoLauncher* g_instance = nullptr;
+std::mutex g_instance_lock;
+
+void Log(const char* text) {
+  esd::UpdaterLog(kLevel, std::string("VantreUpdaterKodoLauncher : ") + text);
+}
+
+void LogNumber(const char* label, std::uint32_t number) {
+  esd::UpdaterLogInt(kLevel, std::string("VantreUpdaterKodoLauncher : ") + label,
+                     static_cast<int>(number));
+}
+
+}  // namespace
+
+VantreUpdaterKodoLauncher* VantreUpdaterKodoLauncher::getInstance() {
+  const std::lock_guard<std::mutex> guard(g_instance_lock);
+  if (g_instance == nullptr) g_instance = new VantreUpdaterKodoLauncher;
+  return g_instance;
+}
+
+void VantreUpdaterKodoLauncher::destroyInstance() {
+  VantreUpdaterKodoLauncher* instance = nullptr;
+  {
+    const std::lock_guard<std::mutex> guard(g_instance_lock);
+    instance = std::exchange(g_instance, nullptr);
+  }
+  // Closing the library may wait for its threads, and they may be waiting in the callback.
+  delete instance;
+}
+
+VantreUpdaterKodoLauncher::~VantreUpdaterKodoLauncher() {
+  if (library_.handle() != nullptr) dlclose(library_.handle());
+}
+
+void VantreUpdaterKodoLauncher::runKodoWorkflow() {
+  try {
+    initialize();
+    getLatestKDApplication();
+    waitForCFUCallBack();
+    invokeKDApplication();
+    finalize();
+  } catch (const std::exception& error) {
+    Log((std::string("Error encountered in Kodo WorkFlow = ") + error.what()).c_str());
+  } catch (...) {
+    Log("Unknown Error encountered in Kodo WorkFlow ");
+  }
+}
+
+void VantreUpdaterKodoLauncher::initialize() {
+  Log("inside initialize.");
+  std::string path;
+  welko::GetFolderPath(welko::kFolderVantreAppSupport, path);
+  welko::AppendPathComponent(path, "/VantreKDClient/kdupdater.dylib");
+  if (!library_.Load(path)) {
+    esd::UpdaterLogValue(
+        kLevel, "VantreUpdaterKodoLauncher : Unable to load kodo library from path ", path);
+    throw std::exception();
+  }
+  resolve(get_latest_application_, "Vantre_KD_GetLatestKDApplication");
+  resolve(invoke_application_, "Vantre_KD_InvokeApplication");
+  resolve(release_ref_, "Vantre_KD_ReleaseRef");
+}
+
+template <typename EntryPoint>
+void VantreUpdaterKodoLauncher::resolve(EntryPoint*& entry_point, const char* symbol) {
+  if (entry_point == nullptr) entry_point = reinterpret_cast<EntryPoint*>(library_.GetSymbol(symbol));
+  if (entry_point != nullptr) return;
+  Log((std::string("Unable to find the handle to API ") + symbol + ".").c_str());
+  throw std::exception();
+}
+
+void VantreUpdaterKodoLauncher::getLatestKDApplication() {
+  Log("inside getLatestKDApplication.");
+  const VantreKDLatestApplicationRequest request = {
+      kKDRecordVersion, kApplicationName, esd::ProgramVersion(), {0, 0, 0}};
+  const std::uint32_t result = get_latest_application_(&request, &VantreKD_CFUCallbackFn);
+  if (result == kKDRequestTaken) return;
+  LogNumber("VantreKD_GetLatestKDApplication returned error code ", result);
+  throw std::exception();
+}
+
+void VantreUpdaterKodoLauncher::waitForCFUCallBack() {
+  Log("inside waitForCFUCallBack.");
+  while (!callbackArrived()) std::this_thread::sleep_for(std::chrono::seconds(1));
+  Log("VantreKD_CFUCallbackFn is invoked");
+  const std::uint32_t result = callbackResult();
+  if (result == 0) return;
+  LogNumber("VantreKD_CFUCallbackFn returned error code ", result);
+  throw std::exception();
+}
+
+void VantreUpdaterKodoLauncher::invokeKDApplication() {
+  Log("inside invokeKDApplication.");
+  const VantreKDInvokeRequest request = {kKDRecordVersion, kApplicationName, 0};
+  const std::uint32_t result = invoke_application_(&request);
+  if (result != 0) LogNumber("VantreKD_InvokeApplication returned error code ", result);
+  Log("VantreKD_ReleaseRef called.");
+  release_ref_();
+}
+
+void VantreUpdaterKodoLauncher::finalize() {
+  Log("inside finalize.");
+  if (library_.handle() == nullptr) return;
+  if (dlclose(library_.handle()) == 0) library_.ForgetHandle();
+  Log("unloaded kodo library");
+}
+
+bool VantreUpdaterKodoLauncher::callbackArrived() {
+  const std::lock_guard<PlatformMutex> guard(lock_);
+  return callback_arrived_;
+}
+
+std::uint32_t VantreUpdaterKodoLauncher::callbackResult() {
+  const std::lock_guard<PlatformMutex> guard(lock_);
+  return callback_result_;
+}
+
+// Two sections, the code first: whoever sees that the callback has come sees its code too.
+void VantreUpdaterKodoLauncher::takeCallback(std::uint32_t result_code) {
+  {
+    const std::lock_guard<PlatformMutex> guard(lock_);
+    callback_result_ = result_code;
+  }
+  const std::lock_guard<PlatformMutex> guard(lock_);
+  callback_arrived_ = true;
+}
+
+}  // namespace wakerly
+
+void VantreKD_CFUCallbackFn(std::uint32_t result_code) {
+  const std::lock_guard<std::mutex> guard(wakerly::g_instance_lock);
+  if (wakerly::g_instance != nullptr) wakerly::g_instance->takeCallback(result_code);
+}

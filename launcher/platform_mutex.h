@@ -1,0 +1,33 @@
+// A lock between the threads of this process: recursive when it has a name, plain without one.
+#ifndef LAUNCHER_PLATFORM_MUTEX_H_
+#define LAUNCHER_PLATFORM_MUTEX_H_
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "platform/named_recursive_lock.h"
+
+namespace wakerly {
+
+/// Meets the standard library's BasicLockable.
+class PlatformMutex {
+ public:
+  explicit PlatformMutex(const std::string& name)
+      : name_(name),
+        named_(name.empty() ? nullptr : std::make_unique<platform::NamedRecursiveLock>(name)) {}
+
+  void lock() { named_ ? named_->lock() : plain_.lock(); }
+  void unlock() { named_ ? named_->unlock() : plain_.unlock(); }
+
+  const std::string& name() const { return name_; }
+
+ private:
+  const std::string name_;
+  const std::unique_ptr<platform::NamedRecursiveLock> named_;
+  std::mutex plain_;
+};
+
+}  // namespace wakerly
+
+#endif  // LAUNCHER_PLATFORM_MUTEX_H_

@@ -1,0 +1,26 @@
+// The program's own place on disk, and property lists.
+#ifndef PLATFORM_BUNDLE_H_
+#define PLATFORM_BUNDLE_H_
+
+#include <optional>
+#include <string>
+
+namespace platform {
+
+/// The path of the running executable; empty when it is not known.
+std::string MainExecutablePath();
+
+/// The path of the running program's bundle: the ".app" folder that holds the executable in its
+/// Contents/MacOS, or the executable's own folder when there is none.
+std::string MainBundlePath();
+
+/// `path` less empty and "." components, with ".." resolved and without a trailing "/".
+std::string StandardizePath(const std::string& path);
+
+/// The string under `key` of the dictionary in the property list `path`, XML or binary.
+/// Nothing when the file cannot be read, is no dictionary, or holds no string under the key.
+std::optional<std::string> ReadPropertyListString(const std::string& path, const std::string& key);
+
+}  // namespace platform
+
+#endif  // PLATFORM_BUNDLE_H_

@@ -1,0 +1,82 @@
+#include "welko/interface_language.h"
+
+#include <algorithm>
+#include <map>
+
+#include "platform/languages.h"
+#include "welko/ascii_case.h"
+
+namespace welko {
+namespace {
+
+using LanguageTable = std::map<std::string, std::string>;
+
+// "cs_CZ" is found under "cs", "cs-cz", "cs_CZ" and "cs_cz".
+void AddLanguage(LanguageTable& table, const std::string& code) {
+  const std::string lower = AsciiLower(code);
+  std::string hyphenated = lower;
+  std::replace(hyphenated.begin(), hyphenated.end(), '_', '-');
+  for (const std::string& key : {code, lower, hyphenated}) table[key] = code;
+  table.emplace(code.substr(0, 2), code);
+}
+
+LanguageTable MakeLanguageTable() {
+  LanguageTable table;
+  // A language's first code is the one its bare tag stands for.
+  for (const char* code : {"cs_CZ", "da_DK", "de_DE", "el_GR", "en_US", "es_ES", "fi_FI", "fr_FR",
+                           "hu_HU", "it_IT", "ja_JP", "ko_KR", "nb_NO", "nl_NL", "pl_PL", "pt_BR",
+                           "ro_RO", "ru_RU", "sv_SE", "tr_TR", "uk_UA", "zh_CN", "en_GB", "es_LA",
+                           "es_NA", "fr_CA", "zh_TW"}) {
+    AddLanguage(table, code);
+  }
+  table["zh-Hans"] = "zh_CN";
+  // Hong Kong reads the Taiwan texts.
+  for (const char* tag : {"zh-Hant", "zh-hk", "zh_HK"}) table[tag] = "zh_TW";
+  return table;
+}
+
+bool FindCode(const std::string& tag, std::string& out) {
+  static const LanguageTable table = MakeLanguageTable();
+  const auto row = table.find(tag);
+  if (row == table.end()) return false;
+  out = row->second;
+  return true;
+}
+
+const char* ArabicCode() {
+  const std::string locale = platform::CurrentLocaleIdentifier();
+  return locale == "ar_DZ" || locale == "ar_TN" || locale == "ar_MA" ? "fr_MA" : "en_AE";
+}
+
+}  // namespace
+
+bool GetUserInterfaceLanguage(std::string& out) {
+  for (const std::string& tag : platform::PreferredLanguages()) {
+    const std::string lower = AsciiLower(tag);
+    if (lower == "ar") {
+      out = ArabicCode();
+      return true;
+    }
+    if (lower == "he") {
+      out = "en_IL";
+      return true;
+    }
+    if (MapLanguageCode(tag, out)) return true;
+  }
+  out = "en_US";
+  return true;
+}
+
+bool MapLanguageCode(std::string tag, std::string& out) {
+  if (FindCode(tag, out)) return true;
+  for (const std::size_t length : {7U, 5U}) {
+    if (tag.size() <= length) continue;
+    tag.resize(length);
+    if (FindCode(tag, out)) return true;
+  }
+  tag = AsciiLower(tag);
+  if (FindCode(tag, out)) return true;
+  return tag.size() >= 3 && FindCode(tag.substr(0, 2), out);
+}
+
+}  // namespace welko

@@ -1,0 +1,72 @@
+#include "welko/log_file_lock.h"
+
+#include <sys/ipc.h>
+#include <sys/sem.h>
+
+#include <cerrno>
+#include <iterator>
+
+namespace welko {
+namespace {
+
+constexpr int kProjectId = 11;
+constexpr int kNoSet = -1;
+constexpr unsigned short kAttached = 0;
+constexpr unsigned short kFree = 1;
+
+// Whether the last operation failed because the set is gone: semop(2) tells the one error to a waiting
+// caller, the other to one that comes later.
+bool WasRemoved() { return errno == EIDRM || errno == EINVAL; }
+
+}  // namespace
+
+LogFileLock::LogFileLock(const std::string& path) : path_(path), set_(kNoSet), counted_(false) {
+  Attach();
+}
+
+LogFileLock::~LogFileLock() {
+  if (counted_) Operate(kAttached, -1, IPC_NOWAIT);
+  if (set_ != kNoSet && semctl(set_, kAttached, GETVAL) == 0) semctl(set_, 0, IPC_RMID);
+}
+
+bool LogFileLock::Acquire() {
+  if (Operate(kFree, -1, SEM_UNDO)) return true;
+  if (set_ != kNoSet && WasRemoved() && Attach() && Operate(kFree, -1, SEM_UNDO)) return true;
+  set_ = kNoSet;
+  return false;
+}
+
+void LogFileLock::Release() {
+  // A set that was removed meanwhile is nobody's any more; the next Acquire finds the new one.
+  if (!Operate(kFree, 1, SEM_UNDO) && !WasRemoved()) set_ = kNoSet;
+}
+
+// One step prepares a new set, and only one that nobody has used: it frees the file and counts this
+// process at once, or fails. So no process ever sees a set half made, however many start together and
+// wherever one is killed.
+bool LogFileLock::Attach() {
+  counted_ = false;
+  const key_t key = ftok(path_.c_str(), kProjectId);
+  set_ = key == -1 ? kNoSet : semget(key, 2, IPC_CREAT | 0666);
+  if (set_ == kNoSet) return false;
+  sembuf prepare[] = {{kAttached, 0, IPC_NOWAIT},
+                      {kFree, 0, IPC_NOWAIT},
+                      {kFree, 1, IPC_NOWAIT},
+                      {kAttached, 1, IPC_NOWAIT}};
+  counted_ = semop(set_, prepare, std::size(prepare)) == 0 || Operate(kAttached, 1, IPC_NOWAIT);
+  // The count runs full after 32,767 processes that ended without detaching: the lock works all the
+  // same.
+  if (!counted_ && errno != ERANGE) set_ = kNoSet;
+  return set_ != kNoSet;
+}
+
+bool LogFileLock::Operate(unsigned short semaphore, short change, short flags) {
+  sembuf operation{semaphore, change, flags};
+  int result = -1;
+  do {
+    result = semop(set_, &operation, 1);
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
+}  // namespace welko

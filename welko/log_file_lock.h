@@ -1,0 +1,56 @@
+// The lock that the processes which write one log file share: a System V semaphore set.
+//
+// Semaphore 0 counts the attached processes, semaphore 1 is 1 while the file is free. The system gives
+// the lock back when its holder dies. Made for one thread of a process; the threads of a process do not
+// exclude each other any less than two processes do.
+#ifndef WELKO_LOG_FILE_LOCK_H_
+#define WELKO_LOG_FILE_LOCK_H_
+
+#include <string>
+
+namespace welko {
+
+class LogFileLock {
+ public:
+  /// Holds the lock from construction to destruction, if it could be had.
+  class Hold {
+   public:
+    /// Waits for `lock`, which must outlive this object; null is never had.
+    explicit Hold(LogFileLock* lock) : lock_(lock != nullptr && lock->Acquire() ? lock : nullptr) {}
+    ~Hold() {
+      if (lock_ != nullptr) lock_->Release();
+    }
+    Hold(const Hold&) = delete;
+    Hold& operator=(const Hold&) = delete;
+
+    explicit operator bool() const { return lock_ != nullptr; }
+
+   private:
+    LogFileLock* const lock_;
+  };
+
+  /// Attaches to the set of the existing file `path`, which is made when there is none. A failure leaves
+  /// a lock that is never had.
+  explicit LogFileLock(const std::string& path);
+  /// Detaches; the last process to do so removes the set. Without it the set stays in the system.
+  ~LogFileLock();
+  LogFileLock(const LogFileLock&) = delete;
+  LogFileLock& operator=(const LogFileLock&) = delete;
+
+  /// Takes the lock, waiting while another process holds it. False when the set cannot be used.
+  bool Acquire();
+  /// Gives the lock back.
+  void Release();
+
+ private:
+  bool Attach();
+  bool Operate(unsigned short semaphore, short change, short flags);
+
+  const std::string path_;
+  int set_;       ///< the set's id, or -1 when it cannot be used
+  bool counted_;  ///< whether semaphore 0 counts this process
+};
+
+}  // namespace welko
+
+#endif  // WELKO_LOG_FILE_LOCK_H_

@@ -1,0 +1,46 @@
+#include "welko/log_switches.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "welko/library_logs.h"
+#include "welko/log_level.h"
+#include "welko/path.h"
+
+namespace welko {
+namespace {
+
+bool IsRegularFile(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+}  // namespace
+
+int ApplyLogSwitches(const std::string& log_name, int level) {
+  std::string folder;
+  if (!GetConsoleUserLogsFolder(folder)) return level;
+  for (const std::string& name : {WithoutPathExtension(log_name), std::string("quib")}) {
+    std::string path = folder;
+    AppendPathComponent(path, name);
+    if (IsRegularFile(path + ".trace")) return kLogTrace;
+    if (IsRegularFile(path + ".debug")) return std::min(level, kLogDebug);
+  }
+  return level;
+}
+
+bool KeepsOldLogs(const std::string& folder) {
+  std::string path = folder;
+  AppendPathComponent(path, "quib.trace");
+  const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(path.c_str(), "r+"),
+                                                                &std::fclose);
+  char text[10] = {};
+  if (file) [[maybe_unused]] const std::size_t size = std::fread(text, 1, 9, file.get());
+  return std::strcmp(text, "keeplogs") == 0;
+}
+
+}  // namespace welko

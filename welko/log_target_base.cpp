@@ -1,0 +1,71 @@
+#include "welko/log_target_base.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <optional>
+
+#include "platform/console_user.h"
+#include "welko/library_logs.h"
+#include "welko/log_level.h"
+#include "welko/log_switches.h"
+#include "welko/path.h"
+
+namespace welko {
+namespace {
+
+bool IsFolder(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+void ShareWithConsoleUser(const std::string& folder, const platform::ConsoleUser& user) {
+  [[maybe_unused]] const int ignored = chown(folder.c_str(), user.uid, user.gid);
+  chmod(folder.c_str(), 0777);
+}
+
+bool FindSuiteLogsFolder(std::string& out) {
+  std::string logs;
+  if (!GetConsoleUserLogsFolder(logs)) return false;
+  const std::string suite = logs + "/Lumora";
+  out = suite + "/Lumdesk";
+  if (IsFolder(out)) return true;
+  mkdir(suite.c_str(), 0777);
+  mkdir(out.c_str(), 0777);
+  if (const std::optional<platform::ConsoleUser> user = platform::FindConsoleUser()) {
+    ShareWithConsoleUser(suite, *user);
+    ShareWithConsoleUser(out, *user);
+  }
+  return true;
+}
+
+}  // namespace
+
+LogTargetBase::LogTargetBase() { SetLogLevel(kLogInfo); }
+
+LogTargetBase::~LogTargetBase() = default;
+
+void LogTargetBase::SetLogLevel(int level) { level_ = ApplyLogSwitches(file_name_, level); }
+
+bool LogTargetBase::SetLogFile(const char* fileName, const char* folder) {
+  std::string name = fileName != nullptr ? fileName : "";
+  std::string path = folder != nullptr ? folder : "";
+  enabled_ = false;
+  if (path.empty() && !FindSuiteLogsFolder(path)) return false;
+  if (LastPathComponent(name) != name) return false;
+  AppendPathComponent(path, name.empty() ? file_name_ : name);
+  file_path_ = path;
+  file_name_ = LastPathComponent(path);
+
+  std::fstream test;
+  enabled_ = OpenStream(opened_ ? stream_ : test);
+  return enabled_;
+}
+
+void LogTargetBase::AddRef() {
+  const std::lock_guard<std::mutex> guard(use_count_mutex_);
+  ++use_count_;
+}
+
+}  // namespace welko

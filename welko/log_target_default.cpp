@@ -1,0 +1,146 @@
+#include "welko/log_target_default.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <optional>
+
+#include "platform/system_version.h"
+#include "platform/thread_id.h"
+#include "welko/library_logs.h"
+#include "welko/log_backups.h"
+#include "welko/log_level.h"
+#include "welko/log_switches.h"
+#include "welko/path.h"
+
+namespace welko {
+namespace {
+
+constexpr std::int64_t kSecondsBetweenChecks = 900;
+constexpr std::size_t kBackupsKept = 2;
+constexpr std::size_t kMessageBuffer = 4096;  // with the terminating zero
+
+std::optional<std::int64_t> FileSize(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return std::nullopt;
+  return status.st_size;
+}
+
+std::int64_t SizeLimit(int level) {
+  constexpr std::int64_t kMiB = 1048576;
+  if (level == kLogTrace) return 50 * kMiB;
+  return level == kLogDebug ? 20 * kMiB : 10 * kMiB;
+}
+
+std::string FormatMessage(const char* format, std::va_list* arguments) {
+  if (arguments == nullptr) return format;
+  char message[kMessageBuffer];
+  std::vsnprintf(message, sizeof message, format, *arguments);
+  return message;
+}
+
+}  // namespace
+
+LogTargetDefault::LogTargetDefault(const char* name) {
+  if (name != nullptr) name_ = name;
+  const std::optional<platform::SystemVersion> version = platform::FindSystemVersion();
+  // Systems up to 10.5 have no call for the thread's id.
+  thread_ids_ = !version || version->major_number > 10 || version->minor_number > 5;
+  header_ = DescribeSystem(version.value_or(platform::SystemVersion{}));
+}
+
+LogTargetDefault::~LogTargetDefault() { LogTargetDefault::Close(); }
+
+bool LogTargetDefault::OpenStream(std::fstream& stream) {
+  struct stat status {};
+  const bool existed = lstat(file_path_.c_str(), &status) == 0;
+  if (stream.is_open()) stream.close();
+  stream.open(file_path_, std::ios::out | std::ios::app);
+  if (!existed && stream.good() && chmod(file_path_.c_str(), 0666) != 0) {
+    std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));
+  }
+  return stream.good();
+}
+
+bool LogTargetDefault::Open() {
+  if (!enabled_) return false;
+  if (file_path_.empty()) {
+    std::string path;
+    if (!GetConsoleUserLogsFolder(path)) return false;
+    AppendPathComponent(path, file_name_);
+    file_path_ = path;
+  }
+  if (!OpenStream(stream_)) return false;
+  if (!file_lock_) file_lock_ = std::make_unique<LogFileLock>(file_path_);
+  last_check_ = last_message_time_ = NowMilliseconds() / 1000;
+  if (const LogFileLock::Hold hold(file_lock_.get()); hold) CheckRollOver();
+  opened_ = true;
+  return true;
+}
+
+bool LogTargetDefault::Close() {
+  if (stream_.good()) stream_.close();
+  file_lock_.reset();
+  opened_ = false;
+  return true;
+}
+
+bool LogTargetDefault::Log(int level, const LogContext& context, const char* format,
+                           std::va_list* arguments, std::int64_t time_ms, bool use_lock) {
+  if (level_ > level) return true;
+  const LogFileLock::Hold hold(use_lock ? file_lock_.get() : nullptr);
+  if (use_lock) {
+    if (!hold) return true;
+    if (last_message_time_ - last_check_ >= kSecondsBetweenChecks && CheckRollOver()) {
+      last_check_ = last_message_time_;
+    }
+    // Only now, under the lock, is it certain that nobody else writes the header.
+    rolled_ = IsFileEmpty();
+  }
+  if (rolled_) WriteHeader(kLogInfo, context, nullptr);
+
+  if (time_ms == 0) time_ms = NowMilliseconds();
+  last_message_time_ = time_ms / 1000;
+  const std::string thread_id = thread_ids_ ? std::to_string(platform::CurrentThreadId()) : "";
+  const std::string message = FormatMessage(format, arguments);
+  WriteLine(FormatLogLine(time_ms, level, context, thread_id, message, separator_).c_str());
+  return true;
+}
+
+void LogTargetDefault::WriteHeader(int level, const LogContext& context,
+                                   const HeaderBlock* replacement) {
+  rolled_ = false;
+  if (replacement != nullptr) header_.Replace(*replacement);
+  const auto log = [&](const std::string& text) {
+    Log(level, context, text.c_str(), nullptr, 0, false);
+  };
+  log(header_.top_line);
+  for (const auto& [label, value] : header_.entries) log(label + value);
+  log(header_.bottom_line);
+}
+
+void LogTargetDefault::WriteLine(const char* text) {
+  if (text != nullptr) stream_ << text;
+  stream_ << std::endl;
+  if (text == nullptr) stream_.setstate(std::ios::failbit);
+}
+
+// True when the file can be written afterwards, or did not need rolling over. Call with the lock held.
+bool LogTargetDefault::CheckRollOver() {
+  const bool keeps_old_logs = KeepsOldLogs(WithoutLastPathComponent(file_path_));
+  const std::optional<std::int64_t> size = FileSize(file_path_);
+  if (!size) return false;
+  if (*size < SizeLimit(level_)) return true;
+  stream_.close();
+  const std::int64_t now = NowMilliseconds() / 1000;
+  MoveLogText(file_path_, BackupPath(file_path_, now));
+  const bool reopened = OpenStream(stream_);
+  if (!keeps_old_logs) RemoveOldBackups(file_path_, now, kBackupsKept);
+  return reopened;
+}
+
+bool LogTargetDefault::IsFileEmpty() const { return FileSize(file_path_) == 0; }
+
+}  // namespace welko
