@@ -1,0 +1,42 @@
+# Checks the #include lines of the source files given as arguments against the floors of the house:
+# a folder may include itself and the floors below it. Also keeps the seam's common headers free of
+# the operating system's headers. Prints each breach and exits with 1 when there is any.
+BEGIN {
+  floor["platform"] = 1
+  floor["esd/util"] = 2
+  floor["welko"] = 3; floor["esd/xml"] = 3
+  floor["esd/log"] = 4
+  floor["esd/prefs"] = 5
+  floor["launcher"] = 6
+  floor["driver"] = 7
+}
+
+function folder_of(path,    name) {
+  for (name in floor) if (index(path, name "/") == 1) return name
+  return ""
+}
+
+function breach(why) {
+  printf "%s:%d: %s: %s\n", FILENAME, FNR, why, $0
+  found = 1
+}
+
+/^#include "/ {
+  from = folder_of(FILENAME)
+  split($0, part, "\"")
+  to = folder_of(part[2])
+  if (from == "") next
+  if (to == "") breach("not a folder of the house")
+  else if (from != to && floor[to] >= floor[from]) breach("a floor above or a neighbour")
+  else if (from == "welko" && to != "welko" && to != "platform") breach("welko stands on platform alone")
+}
+
+/^#include <.*\.h>/ && FILENAME ~ /^platform\/[^\/]*\.h$/ { breach("a system header in the seam") }
+
+/^#(if|ifdef|ifndef|elif).*(__linux__|__APPLE__|__MACH__)/ { breach("an operating system named outside the build") }
+
+/std::filesystem|<filesystem>/ && folder_of(FILENAME) != "" && FILENAME !~ /^platform\/linux\// {
+  breach("std::filesystem, which macOS 10.13 lacks")
+}
+
+END { exit found }
