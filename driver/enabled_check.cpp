@@ -1,8 +1,44 @@
 #include "driver/enabled_check.h"
 
-namespace wakerly {
+#include <stdexcept>
 
-// Provisional: a machine without administrator preferences has nothing suppressed.
-bool CheckIfUpdaterIsEnabled() { return true; }
+#include "driver/admin_prefs.h"
+#include "esd/log/updater_log.h"
+
+namespace wakerly {
+namespace {
+
+constexpr int kLevel = 2;
+constexpr int kTraceLevel = 3;
+
+bool IsSuppressed() {
+  bool suppressed = false;
+  if (!VantreUpdaterAdminPrefs::GetInstance().GetSuppressedPref().Get(suppressed)) {
+    esd::UpdaterLog(kLevel,
+                    "Error: CheckIfUpdaterIsEnabled - Failed to get admin preferences for updater "
+                    "suppression");
+    throw std::runtime_error("Failed to get admin preferences for updater suppression");
+  }
+  return suppressed;
+}
+
+}  // namespace
+
+bool CheckIfUpdaterIsEnabled() {
+  esd::UpdaterLog(kTraceLevel, "UpdaterWakerly: Stepped into << CheckIfUpdaterIsEnabled >> call.");
+  bool enabled = false;
+  try {
+    enabled = !IsSuppressed();
+    esd::UpdaterLog(kLevel, enabled ? "UCIsUpdaterEnabled : UpdaterIsEnabled."
+                                    : "CheckIfUpdaterIsEnabled : UpdaterIsNotEnabled.");
+  } catch (...) {
+    // Whoever cannot tell does not claim that the updater is enabled.
+  }
+  esd::UpdaterLogInt(kTraceLevel,
+                     "UpdaterWakerly : Returning from << CheckIfUpdaterIsEnabled >> call with "
+                     "return value - ",
+                     enabled ? 1 : 0);
+  return enabled;
+}
 
 }  // namespace wakerly

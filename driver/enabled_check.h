@@ -4,7 +4,8 @@
 
 namespace wakerly {
 
-/// True when the updater is enabled, that is not suppressed.
+/// Whether the updater is enabled, that is not suppressed, and logs it. False also when the
+/// administrator's preferences cannot be read; nothing is thrown.
 bool CheckIfUpdaterIsEnabled();
 
 }  // namespace wakerly

@@ -59,8 +59,8 @@ int main(int argc, char** argv) {
   }
   std::string notifier;
   if (!esd::GetNotifierExecutablePath(notifier)) {
-    esd::UpdaterLog(
-        kLevel, "Wakerly Error: Unable to get the Orlan Update Notifier executable path.");
+    esd::UpdaterLog(kLevel,
+                    "Wakerly Error: Unable to get the Orlan Update Notifier executable path.");
     return 1;
   }
   if (scheduled || IsWindowElapsed()) LaunchNotifier(notifier);

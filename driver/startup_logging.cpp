@@ -3,20 +3,59 @@
 #include <string>
 
 #include "esd/log/updater_log.h"
+#include "esd/prefs/prefs_lock.h"
 #include "esd/prefs/updater_folders.h"
+#include "esd/prefs/updater_prefs.h"
 #include "esd/util/program_version.h"
 
 namespace wakerly {
+namespace {
 
-// Provisional: a machine without preferences logs to the default file at the default level.
-bool SetUpStartupLogging() {
-  constexpr int kLevel = 2;
+using esd::VantreUpdaterPrefs;
+
+constexpr int kNotSet = -1;
+constexpr int kDefaultLevel = 2;
+
+struct LogSettings {
   std::string path;
-  if (!esd::GetStartupLogFilePath(path)) return true;
-  esd::InitUpdaterLog(path, kLevel, "", "UPDATER", "WAKERLY");
+  int level = 0;
+};
+
+// Fills `settings` as far as the preferences can be read, and writes back what they lack.
+void ReadSettings(LogSettings& settings) {
+  VantreUpdaterPrefs& prefs = VantreUpdaterPrefs::GetInstance(false);
+  const esd::PrefsLock lock(prefs);
+  if (!lock.held()) return;
+  // Read through the store: the preference objects would answer with their own defaults.
+  prefs.GetPref<std::string>("StartupLogFile", settings.path, "");
+  prefs.GetPref<int>("LogLevel", settings.level, kNotSet);
+  if (settings.path.empty() && esd::GetUpdaterPrefsFile(esd::kStartupLogName, settings.path)) {
+    prefs.GetStartupLogFilePref().Set(settings.path);
+  }
+  if (settings.level == kNotSet) {
+    settings.level = kDefaultLevel;
+    prefs.GetLogLevelPref().Set(settings.level);
+  }
+}
+
+void OpenLog(LogSettings settings) {
+  if (settings.path.empty()) esd::GetUpdaterPrefsFile(esd::kUpdaterLogName, settings.path);
+  esd::InitUpdaterLog(settings.path, settings.level, "", "UPDATER", "WAKERLY");
   esd::UpdaterLogNullable(1, "Application Version: ", esd::ProgramVersion());
-  esd::UpdaterLogValue(2, "cmdline option: -logFile", path);
-  esd::UpdaterLogInt(2, "cmdline option: -logLevel", kLevel);
+  esd::UpdaterLogValue(2, "cmdline option: -logFile", settings.path);
+  esd::UpdaterLogInt(2, "cmdline option: -logLevel", settings.level);
+}
+
+}  // namespace
+
+bool SetUpStartupLogging() {
+  LogSettings settings;
+  try {
+    ReadSettings(settings);
+  } catch (...) {
+    // There is no log yet to report this in, and what was read until then still serves.
+  }
+  if (settings.level > 0) OpenLog(settings);
   return true;
 }
 

@@ -1,11 +1,12 @@
-// Where this run's log goes, and its first lines.
+// Where this run's log goes, how detailed it is, and its first lines.
 #ifndef DRIVER_STARTUP_LOGGING_H_
 #define DRIVER_STARTUP_LOGGING_H_
 
 namespace wakerly {
 
-/// Opens the updater log and writes its first lines. Always true: a log that cannot be opened stops
-/// nothing.
+/// Opens the updater log as the preferences say, and writes its first lines. A log path or level
+/// that the preferences lack is written back to them. Without the preferences, or at level 0 or
+/// below, there is no log in this run. Always true; nothing is thrown.
 bool SetUpStartupLogging();
 
 }  // namespace wakerly

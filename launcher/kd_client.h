@@ -1,6 +1,7 @@
 // The binary contract with the updater client library: entry points, request records, result codes.
 //
-// Field widths and offsets are fixed. Texts in a record stay the caller's and live for the call only.
+// Field widths and offsets are fixed. Texts in a record stay the caller's and live for the call
+// only.
 #ifndef LAUNCHER_KD_CLIENT_H_
 #define LAUNCHER_KD_CLIENT_H_
 
@@ -27,8 +28,8 @@ struct VantreKDInvokeRequest {
 /// Receives the outcome of a latest-application request, 0 for success, on any thread.
 using VantreKDCallback = void(std::uint32_t result_code);
 
-/// Takes the request; kKDRequestTaken says that the outcome will come through the callback, any other
-/// result is an error.
+/// Takes the request; kKDRequestTaken says that the outcome will come through the callback, any
+/// other result is an error.
 using VantreKDGetLatestApplication = std::uint32_t(const VantreKDLatestApplicationRequest* request,
                                                    VantreKDCallback* callback);
 /// Runs the application; 0 for success.

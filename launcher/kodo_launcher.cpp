@@ -19,9 +19,14 @@ namespace {
 constexpr int kLevel = 2;
 constexpr const char* kApplicationName = "MondoUpdater";
 
-// Owned here; the lock keeps the instance alive while a callback is at work in it.
+// Owned here; the lock keeps the instance alive while a callback is at work in it. Neither is
+// destroyed when the process ends, since a callback may come as late as that.
 VantreUpdaterKodoLauncher* g_instance = nullptr;
-std::mutex g_instance_lock;
+
+std::mutex& InstanceLock() {
+  static std::mutex& lock = *new std::mutex;
+  return lock;
+}
 
 void Log(const char* text) {
   esd::UpdaterLog(kLevel, std::string("VantreUpdaterKodoLauncher : ") + text);
@@ -35,7 +40,7 @@ void LogNumber(const char* label, std::uint32_t number) {
 }  // namespace
 
 VantreUpdaterKodoLauncher* VantreUpdaterKodoLauncher::getInstance() {
-  const std::lock_guard<std::mutex> guard(g_instance_lock);
+  const std::lock_guard<std::mutex> guard(InstanceLock());
   if (g_instance == nullptr) g_instance = new VantreUpdaterKodoLauncher;
   return g_instance;
 }
@@ -43,7 +48,7 @@ VantreUpdaterKodoLauncher* VantreUpdaterKodoLauncher::getInstance() {
 void VantreUpdaterKodoLauncher::destroyInstance() {
   VantreUpdaterKodoLauncher* instance = nullptr;
   {
-    const std::lock_guard<std::mutex> guard(g_instance_lock);
+    const std::lock_guard<std::mutex> guard(InstanceLock());
     instance = std::exchange(g_instance, nullptr);
   }
   // Closing the library may wait for its threads, and they may be waiting in the callback.
@@ -85,7 +90,8 @@ void VantreUpdaterKodoLauncher::initialize() {
 
 template <typename EntryPoint>
 void VantreUpdaterKodoLauncher::resolve(EntryPoint*& entry_point, const char* symbol) {
-  if (entry_point == nullptr) entry_point = reinterpret_cast<EntryPoint*>(library_.GetSymbol(symbol));
+  if (entry_point == nullptr)
+    entry_point = reinterpret_cast<EntryPoint*>(library_.GetSymbol(symbol));
   if (entry_point != nullptr) return;
   Log((std::string("Unable to find the handle to API ") + symbol + ".").c_str());
   throw std::exception();
@@ -150,6 +156,6 @@ void VantreUpdaterKodoLauncher::takeCallback(std::uint32_t result_code) {
 }  // namespace wakerly
 
 void VantreKD_CFUCallbackFn(std::uint32_t result_code) {
-  const std::lock_guard<std::mutex> guard(wakerly::g_instance_lock);
+  const std::lock_guard<std::mutex> guard(wakerly::InstanceLock());
   if (wakerly::g_instance != nullptr) wakerly::g_instance->takeCallback(result_code);
 }

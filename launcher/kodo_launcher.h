@@ -1,5 +1,5 @@
-// The launcher of the updater client library: loads it, asks it for the updater's latest version, waits
-// for the answer, has it run the updater, and unloads it.
+// The launcher of the updater client library: loads it, asks it for the updater's latest version,
+// waits for the answer, has it run the updater, and unloads it.
 #ifndef LAUNCHER_KODO_LAUNCHER_H_
 #define LAUNCHER_KODO_LAUNCHER_H_
 
@@ -9,8 +9,8 @@
 #include "launcher/platform_mutex.h"
 #include "welko/native_library.h"
 
-/// The callback that the client library gets. May be called on any thread, any number of times, and at
-/// any time: without a launcher it has no effect.
+/// The callback that the client library gets. May be called on any thread, any number of times, and
+/// at any time: without a launcher it has no effect.
 extern "C" void VantreKD_CFUCallbackFn(std::uint32_t result_code);
 
 namespace wakerly {
@@ -23,8 +23,9 @@ class VantreUpdaterKodoLauncher {
   /// Destroys the instance, if there is one, and closes a library that is still loaded.
   static void destroyInstance();
 
-  /// Drives the whole workflow. Waits for the callback without limit. Every failure ends the workflow
-  /// with lines in the log and leaves the library loaded; nothing is thrown.
+  /// Drives the whole workflow. Waits for the callback without limit. A failed invoke request is
+  /// only logged; every other failure ends the workflow with lines in the log and leaves the
+  /// library loaded. Nothing is thrown.
   void runKodoWorkflow();
 
   VantreUpdaterKodoLauncher(const VantreUpdaterKodoLauncher&) = delete;
@@ -36,8 +37,8 @@ class VantreUpdaterKodoLauncher {
   VantreUpdaterKodoLauncher() = default;
   ~VantreUpdaterKodoLauncher();
 
-  // The steps of the workflow, in their order. Each but the last throws std::exception after a line in
-  // the log when it fails.
+  // The steps of the workflow, in their order. Each of the first three throws std::exception, after
+  // a line in the log, when it fails.
   void initialize();
   void getLatestKDApplication();
   void waitForCFUCallBack();

@@ -14,16 +14,12 @@ namespace wakerly {
 class PlatformMutex {
  public:
   explicit PlatformMutex(const std::string& name)
-      : name_(name),
-        named_(name.empty() ? nullptr : std::make_unique<platform::NamedRecursiveLock>(name)) {}
+      : named_(name.empty() ? nullptr : std::make_unique<platform::NamedRecursiveLock>(name)) {}
 
   void lock() { named_ ? named_->lock() : plain_.lock(); }
   void unlock() { named_ ? named_->unlock() : plain_.unlock(); }
 
-  const std::string& name() const { return name_; }
-
  private:
-  const std::string name_;
   const std::unique_ptr<platform::NamedRecursiveLock> named_;
   std::mutex plain_;
 };

@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// Starts a new instance of the application at `path` and does not wait for it: it runs on its own and
-/// outlives the caller. False when the path does not resolve or the system could not start it.
+/// Starts a new instance of the application at `path` and does not wait for it: it runs on its own
+/// and outlives the caller. False when the path does not resolve or the system could not start it.
 bool LaunchApplication(const std::string& path);
 
 }  // namespace platform

@@ -1,7 +1,7 @@
 // What a file system keeps about a file that POSIX has no one name for.
 //
-// A locked file cannot be changed or removed by anybody until the flag is cleared. None of these calls
-// follows a symbolic link but ModificationTime.
+// A locked file cannot be changed or removed by anybody until the flag is cleared. None of these
+// calls follows a symbolic link but ModificationTime.
 #ifndef PLATFORM_FILE_ATTRIBUTES_H_
 #define PLATFORM_FILE_ATTRIBUTES_H_
 
@@ -11,8 +11,8 @@
 
 namespace platform {
 
-/// When the content of the object at `path` last changed, in nanoseconds since the epoch; nothing when
-/// there is no such object.
+/// When the content of the object at `path` last changed, in nanoseconds since the epoch, 0 for a
+/// time before; nothing when there is no such object.
 std::optional<std::uint64_t> ModificationTime(const std::string& path);
 
 /// Whether the object at `path` carries the locked flag; false when that cannot be read.

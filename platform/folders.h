@@ -1,7 +1,7 @@
 // The operating system's standard folders, and the home folder.
 //
-// A look-up names a domain and a four-character folder type, as File Manager does. Nothing is cached:
-// every call looks again. What a product keeps below these folders is not known here.
+// A look-up names a domain and a four-character folder type, as File Manager does. Nothing is
+// cached: every call looks again. What a product keeps below these folders is not known here.
 #ifndef PLATFORM_FOLDERS_H_
 #define PLATFORM_FOLDERS_H_
 
@@ -38,7 +38,7 @@ inline constexpr FolderType kSharedUserDataFolderType = FourCharCode("sdat");
 inline constexpr FolderType kPerUserTemporaryFolderType = FourCharCode("flnt");
 inline constexpr FolderType kUserTemporaryFolderType = FourCharCode("utmp");
 
-/// The absolute path of a standard folder, without a trailing "/".
+/// The path of a standard folder.
 /// Nothing when the domain has no such folder, when it is missing and `create` is false, or when it
 /// cannot be made. With `create` a missing folder is made together with its parents.
 std::optional<std::string> FindFolder(FolderDomain domain, FolderType type, bool create);

@@ -1,1 +1,83 @@
+#include "platform/console_user.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/folders.h"
 #include "tests/test_support.h"
+#include "welko/folder_path.h"
+#include "welko/library_logs.h"
+
+namespace platform {
+
+// What the system answers in these tests, and who asked it.
+struct {
+  std::optional<ConsoleUser> console;
+  bool throws;
+  std::vector<uid_t> asked_as;
+} g_system;
+
+std::optional<ConsoleUser> FindConsoleUser() { return g_system.console; }
+std::string HomeFolder() {
+  g_system.asked_as.push_back(geteuid());
+  if (g_system.throws) throw 1;
+  return getenv("HOME");
+}
+std::optional<std::string> FindFolder(FolderDomain, FolderType, bool) { return HomeFolder(); }
+
+}  // namespace platform
+
+namespace {
+
+using platform::g_system;
+constexpr unsigned kLogs = ~0U;  // stands for the logs folder among the ids
+
+std::string Path(unsigned id) {
+  std::string out;
+  if (id == kLogs) return welko::GetConsoleUserLogsFolder(out) ? out : "none";
+  return welko::GetFolderPath(id, out) ? out : "none";
+}
+
+class ConsoleUserTest : public test::TreeTest {
+ protected:
+  ConsoleUserTest() {
+    g_system = {platform::ConsoleUser{other, other}, false, {}};
+    EXPECT_EQ(chmod(top.c_str(), 0755) + chown(home.c_str(), other, gid_t(-1)), 0);
+  }
+  ~ConsoleUserTest() override { EXPECT_EQ(seteuid(own), 0); }
+  const uid_t own = geteuid(), other = own == 0 ? 65534 : own;  // only root can act as another
+  const test::fs::path logs = home / "Library/Logs";
+};
+
+TEST_F(ConsoleUserTest, LooksUpTheUsersFoldersElseItsOwnAndGivesTheUserBackWhateverHappens) {
+  for (const auto& [id, path] : {std::pair(10U, home), {32, logs}, {kLogs, logs}}) {
+    g_system = {platform::ConsoleUser{other, other}, false, {}};
+    EXPECT_EQ(Path(id), path);
+    g_system.throws = true;
+    EXPECT_ANY_THROW(Path(id));
+    EXPECT_EQ(geteuid(), own) << id;
+    g_system.console.reset();
+    EXPECT_ANY_THROW(Path(id));
+    EXPECT_EQ(g_system.asked_as, (std::vector{other, other, own})) << id;
+  }
+}
+
+TEST_F(ConsoleUserTest, LogsArePrivateAndMadeAsTheConsoleUserById32AndAsOneselfElse) {
+  for (const auto& [id, owner] : {std::pair(32U, other), {kLogs, own}}) {
+    test::fs::remove_all(home / "Library");
+    EXPECT_EQ(Path(id), logs);
+    struct stat status {};
+    stat(logs.c_str(), &status);
+    EXPECT_EQ(std::pair(status.st_uid, status.st_mode), std::pair(owner, S_IFDIR | 0700U));
+  }
+}
+
+TEST_F(ConsoleUserTest, RefusedSwitchFailsTheLogsFolderButNoLookUp) {
+  g_system.console->uid = 0;
+  for (const auto& [id, path] : {std::pair(kLogs, std::string("none")), {10, home}}) {
+    const auto matches = [&] { return setuid(other) == 0 && Path(id) == path ? 0 : 1; };
+    EXPECT_EQ(test::InChild(matches), 0) << id;
+  }
+}
+
+}  // namespace

@@ -78,7 +78,8 @@ std::vector<std::string> ReadLog(const fs::path& path) {
 
 std::vector<std::string> HeaderMessages() {
   const std::string stars(78, '*');
-  return {stars, "Bit: 64", "OS Locale: en_US", "OS Name: Mac OS 0.0.0", "OS Version: 0.0.0", stars};
+  return {stars, "Bit: 64", "OS Locale: en_US", "OS Name: Mac OS 0.0.0", "OS Version: 0.0.0",
+          stars};
 }
 
 std::vector<std::string> Messages(const std::vector<std::string>& lines) {

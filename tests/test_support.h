@@ -13,9 +13,9 @@ namespace test {
 
 namespace fs = std::filesystem;
 
-/// A temporary folder with a home folder and a tree root in it, which the environment names for this
-/// test alone. Languages and the switches of the samples are unset. Afterwards the semaphore sets of
-/// its log files, all child processes and the folder itself are gone.
+/// A temporary folder with a home folder and a tree root in it, which the environment names for
+/// this test alone. Languages and the switches of the samples are unset. Afterwards the semaphore
+/// sets of its log files, all child processes and the folder itself are gone.
 class TreeTest : public testing::Test {
  protected:
   TreeTest();
@@ -41,8 +41,8 @@ std::vector<std::string> HeaderMessages();
 /// The part behind the last " | " of each line.
 std::vector<std::string> Messages(const std::vector<std::string>& lines);
 
-/// Runs `body` in a child process of its own and returns its exit status, or 128 and the signal that
-/// ended it.
+/// Runs `body` in a child process of its own and returns its exit status, or 128 and the signal
+/// that ended it.
 int InChild(const std::function<int()>& body);
 /// The same, not waited for; hand the result to WaitFor.
 int StartChild(const std::function<int()>& body);

@@ -7,11 +7,12 @@
 
 namespace welko {
 
-/// `text` with the letters A to Z in lower case and every other byte as it is, so that its length and
-/// all positions in it stay the same.
+/// `text` with the letters A to Z in lower case and every other byte as it is, so that its length
+/// and all positions in it stay the same.
 inline std::string AsciiLower(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  std::transform(text.begin(), text.end(), text.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
   return text;
 }
 

@@ -6,8 +6,8 @@
 
 namespace welko {
 
-/// Makes `user` the process's effective user and gives the former one back when destroyed. The switch
-/// concerns all threads of the process.
+/// Makes `user` the process's effective user and gives the former one back when destroyed. The
+/// switch concerns all threads of the process.
 class EffectiveUser {
  public:
   explicit EffectiveUser(uid_t user);

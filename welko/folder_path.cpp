@@ -80,8 +80,7 @@ bool FindProductFolder(const SystemFolder& folder, std::string& out) {
 std::string OwnBundle() {
   std::string executable = platform::MainExecutablePath();
   std::string bundle = platform::StandardizePath(platform::MainBundlePath());
-  const bool bare =
-      platform::StandardizePath(WithoutLastPathComponent(executable)) == bundle;
+  const bool bare = platform::StandardizePath(WithoutLastPathComponent(executable)) == bundle;
   return bare ? executable : bundle;
 }
 

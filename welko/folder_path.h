@@ -8,8 +8,8 @@
 
 namespace welko {
 
-/// The numbers that GetFolderPath knows. "Local" is the whole machine's, "console user" the user's who
-/// sits at it.
+/// The numbers that GetFolderPath knows. "Local" is the whole machine's, "console user" the user's
+/// who sits at it.
 enum FolderId : unsigned {
   kFolderApplications = 0,
   kFolderLocalAppSupport = 2,
@@ -40,10 +40,10 @@ enum FolderId : unsigned {
 
 /// Gives in `out` the path of the folder `folderId`; ids 24 and 30 end in "/".
 ///
-/// False, and `out` untouched, for a number without a folder, for the standard folders 0, 2, 3 and 31
-/// when the system does not find them, and for 32 when it cannot be made. Every other id is true even
-/// when the system's folder below it is not found: `out` then keeps what it held, with the product's
-/// part of the path appended to it.
+/// False, and `out` untouched, for a number without a folder, for the standard folders 0, 2, 3 and
+/// 31 when the system does not find them, and for 32 when it cannot be made. Every other id is true
+/// even when the system's folder below it is not found: `out` then keeps what it held, with the
+/// product's part of the path appended to it.
 bool GetFolderPath(unsigned folderId, std::string& out);
 
 /// Gives in `out` the system's folder of that domain and type, made when it is missing.

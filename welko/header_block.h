@@ -15,13 +15,13 @@ struct HeaderBlock {
   std::vector<std::pair<std::string, std::string>> entries;  ///< label and value, in writing order
   std::string bottom_line;
 
-  /// Takes the lines of `other` in place of its own, and its entries: the value of a label that is here
-  /// already replaces the one here, a new label goes to the end.
+  /// Takes the lines of `other` in place of its own, and its entries: the value of a label that is
+  /// here already replaces the one here, a new label goes to the end.
   void Replace(const HeaderBlock& other);
 };
 
-/// Describes this machine, whose system has the given version: the desktop suite's version where it is
-/// installed, the word size, the interface language, the system's name and version.
+/// Describes this machine, whose system has the given version: the desktop suite's version where it
+/// is installed, the word size, the interface language, the system's name and version.
 HeaderBlock DescribeSystem(const platform::SystemVersion& version);
 
 /// The word size in bits of a machine that uname(2) calls `machine`: 32 for "i386", else 64.

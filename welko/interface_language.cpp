@@ -1,6 +1,7 @@
 #include "welko/interface_language.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <map>
 
 #include "platform/languages.h"
@@ -23,10 +24,10 @@ void AddLanguage(LanguageTable& table, const std::string& code) {
 LanguageTable MakeLanguageTable() {
   LanguageTable table;
   // A language's first code is the one its bare tag stands for.
-  for (const char* code : {"cs_CZ", "da_DK", "de_DE", "el_GR", "en_US", "es_ES", "fi_FI", "fr_FR",
-                           "hu_HU", "it_IT", "ja_JP", "ko_KR", "nb_NO", "nl_NL", "pl_PL", "pt_BR",
-                           "ro_RO", "ru_RU", "sv_SE", "tr_TR", "uk_UA", "zh_CN", "en_GB", "es_LA",
-                           "es_NA", "fr_CA", "zh_TW"}) {
+  for (const char* code :
+       {"cs_CZ", "da_DK", "de_DE", "el_GR", "en_US", "es_ES", "fi_FI", "fr_FR", "hu_HU",
+        "it_IT", "ja_JP", "ko_KR", "nb_NO", "nl_NL", "pl_PL", "pt_BR", "ro_RO", "ru_RU",
+        "sv_SE", "tr_TR", "uk_UA", "zh_CN", "en_GB", "es_LA", "es_NA", "fr_CA", "zh_TW"}) {
     AddLanguage(table, code);
   }
   table["zh-Hans"] = "zh_CN";
@@ -44,8 +45,8 @@ bool FindCode(const std::string& tag, std::string& out) {
 }
 
 const char* ArabicCode() {
-  const std::string locale = platform::CurrentLocaleIdentifier();
-  return locale == "ar_DZ" || locale == "ar_TN" || locale == "ar_MA" ? "fr_MA" : "en_AE";
+  const std::string locale = AsciiLower(platform::CurrentLocaleIdentifier());
+  return locale == "ar_dz" || locale == "ar_tn" || locale == "ar_ma" ? "fr_MA" : "en_AE";
 }
 
 }  // namespace

@@ -11,8 +11,9 @@ namespace welko {
 /// English with a regional code. Always true.
 bool GetUserInterfaceLanguage(std::string& out);
 
-/// Gives in `out` the code for a language tag: for the tag itself, for it cut to script or region, in
-/// lower case, and at last for its first two letters. False, and `out` untouched, when nothing fits.
+/// Gives in `out` the code for a language tag: for the tag itself, for it cut to script or region,
+/// in lower case, and at last for its first two letters. False, and `out` untouched, when nothing
+/// fits.
 bool MapLanguageCode(std::string tag, std::string& out);
 
 }  // namespace welko

@@ -20,7 +20,9 @@ using File = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
 // The name must be free: a backup of the same second, or a link that somebody laid there, stays.
 File CreateNew(const std::string& path) {
   const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  return {descriptor < 0 ? nullptr : fdopen(descriptor, "wb"), &std::fclose};
+  File file(descriptor < 0 ? nullptr : fdopen(descriptor, "wb"), &std::fclose);
+  if (!file && descriptor >= 0) close(descriptor);
+  return file;
 }
 
 bool CopyContent(std::FILE* from, std::FILE* to) {

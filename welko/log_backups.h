@@ -12,13 +12,14 @@ namespace welko {
 /// The path of a backup of the log `path` made at `seconds` since the epoch.
 std::string BackupPath(const std::string& path, std::int64_t seconds);
 
-/// Moves the text of the log `path` to a new file `backup` and leaves the log empty. False, with the log
-/// as it was, when the backup exists already or cannot be written whole; a part of it is removed.
+/// Moves the text of the log `path` to a new file `backup` and leaves the log empty. False, with
+/// the log as it was, when the backup exists already or cannot be written whole; a part of it is
+/// removed.
 bool MoveLogText(const std::string& path, const std::string& backup);
 
-/// Removes from the folder of the log `path`, and from the folders in it, whatever begins with the log's
-/// name less its extension, except the log itself and the newest `count` of the backups that were made
-/// in the `count` days up to `seconds` since the epoch. What cannot be removed stays.
+/// Removes from the folder of the log `path` whatever has a path below it that begins with the
+/// log's name less its extension, except the log itself and the newest `count` of the backups that
+/// were made in the `count` days up to `seconds` since the epoch. What cannot be removed stays.
 void RemoveOldBackups(const std::string& path, std::int64_t seconds, std::size_t count);
 
 }  // namespace welko

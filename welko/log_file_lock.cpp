@@ -11,11 +11,12 @@ namespace {
 
 constexpr int kProjectId = 11;
 constexpr int kNoSet = -1;
+constexpr int kAttempts = 100;  // against others that remove the set meanwhile
 constexpr unsigned short kAttached = 0;
 constexpr unsigned short kFree = 1;
 
-// Whether the last operation failed because the set is gone: semop(2) tells the one error to a waiting
-// caller, the other to one that comes later.
+// Whether the last operation failed because the set is gone: semop(2) tells the one error to a
+// waiting caller, the other to one that comes later.
 bool WasRemoved() { return errno == EIDRM || errno == EINVAL; }
 
 }  // namespace
@@ -25,13 +26,20 @@ LogFileLock::LogFileLock(const std::string& path) : path_(path), set_(kNoSet), c
 }
 
 LogFileLock::~LogFileLock() {
-  if (counted_) Operate(kAttached, -1, IPC_NOWAIT);
-  if (set_ != kNoSet && semctl(set_, kAttached, GETVAL) == 0) semctl(set_, 0, IPC_RMID);
+  if (!counted_) return;
+  Operate(kAttached, -1, IPC_NOWAIT);
+  // The last one removes the set, but only while it holds the lock itself: whoever attaches
+  // meanwhile must not hold a lock that is about to go.
+  sembuf take_over[] = {
+      {kAttached, 0, IPC_NOWAIT}, {kAttached, 1, IPC_NOWAIT}, {kFree, -1, IPC_NOWAIT | SEM_UNDO}};
+  if (semop(set_, take_over, std::size(take_over)) == 0) semctl(set_, 0, IPC_RMID);
 }
 
 bool LogFileLock::Acquire() {
-  if (Operate(kFree, -1, SEM_UNDO)) return true;
-  if (set_ != kNoSet && WasRemoved() && Attach() && Operate(kFree, -1, SEM_UNDO)) return true;
+  for (int attempt = 0; attempt < kAttempts && set_ != kNoSet; ++attempt) {
+    if (Operate(kFree, -1, SEM_UNDO)) return true;
+    if (!WasRemoved() || !Attach()) break;
+  }
   set_ = kNoSet;
   return false;
 }
@@ -42,22 +50,27 @@ void LogFileLock::Release() {
 }
 
 // One step prepares a new set, and only one that nobody has used: it frees the file and counts this
-// process at once, or fails. So no process ever sees a set half made, however many start together and
-// wherever one is killed.
+// process at once, or fails. So no process ever sees a set half made, however many start together
+// and wherever one is killed.
 bool LogFileLock::Attach() {
-  counted_ = false;
   const key_t key = ftok(path_.c_str(), kProjectId);
-  set_ = key == -1 ? kNoSet : semget(key, 2, IPC_CREAT | 0666);
-  if (set_ == kNoSet) return false;
-  sembuf prepare[] = {{kAttached, 0, IPC_NOWAIT},
-                      {kFree, 0, IPC_NOWAIT},
-                      {kFree, 1, IPC_NOWAIT},
-                      {kAttached, 1, IPC_NOWAIT}};
-  counted_ = semop(set_, prepare, std::size(prepare)) == 0 || Operate(kAttached, 1, IPC_NOWAIT);
-  // The count runs full after 32,767 processes that ended without detaching: the lock works all the
-  // same.
-  if (!counted_ && errno != ERANGE) set_ = kNoSet;
-  return set_ != kNoSet;
+  set_ = kNoSet;
+  counted_ = false;
+  for (int attempt = 0; attempt < kAttempts && key != -1; ++attempt) {
+    set_ = semget(key, 2, IPC_CREAT | 0666);
+    if (set_ == kNoSet) return false;
+    sembuf prepare[] = {{kAttached, 0, IPC_NOWAIT},
+                        {kFree, 0, IPC_NOWAIT},
+                        {kFree, 1, IPC_NOWAIT},
+                        {kAttached, 1, IPC_NOWAIT}};
+    counted_ = semop(set_, prepare, std::size(prepare)) == 0 || Operate(kAttached, 1, IPC_NOWAIT);
+    // The count runs full after 32,767 processes that ended without detaching: the lock works all
+    // the same.
+    if (counted_ || errno == ERANGE) return true;
+    set_ = kNoSet;
+    if (!WasRemoved()) break;
+  }
+  return false;
 }
 
 bool LogFileLock::Operate(unsigned short semaphore, short change, short flags) {

@@ -1,8 +1,7 @@
 // The lock that the processes which write one log file share: a System V semaphore set.
 //
 // Semaphore 0 counts the attached processes, semaphore 1 is 1 while the file is free. The system gives
-// the lock back when its holder dies. Made for one thread of a process; the threads of a process do not
-// exclude each other any less than two processes do.
+// the lock back when its holder dies.
 #ifndef WELKO_LOG_FILE_LOCK_H_
 #define WELKO_LOG_FILE_LOCK_H_
 
@@ -10,6 +9,7 @@
 
 namespace welko {
 
+/// One thread uses an object.
 class LogFileLock {
  public:
   /// Holds the lock from construction to destruction, if it could be had.
@@ -29,8 +29,8 @@ class LogFileLock {
     LogFileLock* const lock_;
   };
 
-  /// Attaches to the set of the existing file `path`, which is made when there is none. A failure leaves
-  /// a lock that is never had.
+  /// Attaches to the set of the existing file `path`, which is made when there is none. A failure
+  /// leaves a lock that is never had.
   explicit LogFileLock(const std::string& path);
   /// Detaches; the last process to do so removes the set. Without it the set stays in the system.
   ~LogFileLock();

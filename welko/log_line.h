@@ -17,10 +17,10 @@ std::int64_t NowMilliseconds();
 /// `seconds` since the epoch in local time, laid out by strftime(3)'s `format`.
 std::string FormatLocalTime(const char* format, std::int64_t seconds);
 
-/// The line for `message`, without its newline: time, "[LEVEL]", the six context texts, the thread id
-/// and the message, with `separator` between each two. Credentials are masked. A message that holds an
-/// access token is replaced whole, and its line carries the level WARN.
-/// The time is `time_ms` in milliseconds since the epoch; `thread_id` is printed as it is.
+/// The line for `message`, without its newline: time, "[LEVEL]", the six context texts, the thread
+/// id and the message, with `separator` between each two. Credentials are masked. A message that
+/// holds an access token is replaced whole, and its line carries the level WARN. The time is
+/// `time_ms` in milliseconds since the epoch; `thread_id` is printed as it is.
 std::string FormatLogLine(std::int64_t time_ms, int level, const LogContext& context,
                           const std::string& thread_id, std::string message,
                           const std::string& separator);

@@ -5,8 +5,9 @@
 namespace welko {
 namespace {
 
-constexpr const char* kMaskedKeys[] = {"proxyusername", "proxy-user",     "proxyuser",     "user",
-                                       "username",      "proxy-password", "proxypassword", "password"};
+constexpr const char* kMaskedKeys[] = {"proxyusername", "proxy-user", "proxyuser",
+                                       "user",          "username",   "proxy-password",
+                                       "proxypassword", "password"};
 
 }  // namespace
 
@@ -17,7 +18,7 @@ bool HoldsToken(std::string_view message) {
 
 void MaskCredentials(std::string& message) {
   constexpr std::string_view kMask = "****";
-  if (message.find('<') == std::string::npos) return;
+  if (message.find('<') == std::string::npos) return;  // as in nearly every message
   std::string lower = AsciiLower(message);
   for (const char* key : kMaskedKeys) {
     const std::string opening = std::string("<") + key + ">";

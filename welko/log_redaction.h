@@ -7,13 +7,14 @@
 
 namespace welko {
 
-/// Whether `message` holds something of the shape of a JSON Web Token (RFC 7519): two parts that begin
-/// like the Base64 text of a JSON object, the second behind a ".".
+/// Whether `message` holds something of the shape of a JSON Web Token (RFC 7519): two parts that
+/// begin like the Base64 text of a JSON object, the second behind a ".".
 bool HoldsToken(std::string_view message);
 
-/// Puts "****" in place of what stands between the tags of each credential element, such as "<user>" and
-/// "</user>", whatever the letters' case. Only an element's first opening and first closing tag count;
-/// an empty element, and one whose closing tag comes first, is left alone.
+/// Puts "****" in place of what stands between the tags of each credential element, such as
+/// "<user>" and
+/// "</user>", whatever the letters' case. Only an element's first opening and first closing tag
+/// count; an empty element, and one whose closing tag comes first, is left alone.
 void MaskCredentials(std::string& message);
 
 }  // namespace welko

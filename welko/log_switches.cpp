@@ -3,9 +3,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
-#include <memory>
+#include <fstream>
+#include <initializer_list>
 
 #include "welko/library_logs.h"
 #include "welko/log_level.h"
@@ -36,10 +36,10 @@ int ApplyLogSwitches(const std::string& log_name, int level) {
 bool KeepsOldLogs(const std::string& folder) {
   std::string path = folder;
   AppendPathComponent(path, "quib.trace");
-  const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(path.c_str(), "r+"),
-                                                                &std::fclose);
+  if (!IsRegularFile(path)) return false;  // reading from a pipe could wait for ever
+  std::ifstream file(path, std::ios::binary);
   char text[10] = {};
-  if (file) [[maybe_unused]] const std::size_t size = std::fread(text, 1, 9, file.get());
+  file.read(text, 9);
   return std::strcmp(text, "keeplogs") == 0;
 }
 

@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <optional>
 
 #include "platform/console_user.h"
@@ -20,7 +19,10 @@ bool IsFolder(const std::string& path) {
   return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+// A link in the folder's place stays as it is, and so does what it points to.
 void ShareWithConsoleUser(const std::string& folder, const platform::ConsoleUser& user) {
+  struct stat status {};
+  if (lstat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return;
   [[maybe_unused]] const int ignored = chown(folder.c_str(), user.uid, user.gid);
   chmod(folder.c_str(), 0777);
 }

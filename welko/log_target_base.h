@@ -1,5 +1,5 @@
-// A named destination for log lines, with its level and its file. What a line looks like, and how the
-// file is shared, is its derived class's business.
+// A named destination for log lines, with its level and its file. What a line looks like, and how
+// the file is shared, is its derived class's business.
 #ifndef WELKO_LOG_TARGET_BASE_H_
 #define WELKO_LOG_TARGET_BASE_H_
 
@@ -29,23 +29,25 @@ class LogTargetBase {
   virtual bool Open() = 0;
   /// Gives back what Open took. Always true.
   virtual bool Close() = 0;
-  /// Writes one line when `level` is at least the target's. With `arguments`, `format` is filled as by
-  /// vsnprintf(3); without, it is the message. `time_ms` is the line's time in milliseconds since the
-  /// epoch, 0 for now. `use_lock` is false only while the caller holds the file's lock. Always true.
+  /// Writes one line when `level` is at least the target's. With `arguments`, `format` is filled as
+  /// by vsnprintf(3); without, it is the message. `time_ms` is the line's time in milliseconds
+  /// since the epoch, 0 for now. `use_lock` is false only while the caller holds the file's lock.
+  /// Always true.
   virtual bool Log(int level, const LogContext& context, const char* format,
                    std::va_list* arguments, std::int64_t time_ms, bool use_lock) = 0;
   /// Writes the header block, after `replacement`, when there is one, was merged into it.
   virtual void WriteHeader(int level, const LogContext& context,
                            const HeaderBlock* replacement) = 0;
 
-  /// Sets the threshold to `level` as the switch files beside the console user's logs change it. They go
-  /// by the name of the target's file at this moment.
+  /// Sets the threshold to `level` as the switch files beside the console user's logs change it.
+  /// They go by the name of the target's file at this moment.
   void SetLogLevel(int level);
 
-  /// Sets the file to `folder`/`fileName` and tells whether it can be opened; a target whose file was
-  /// refused does not open. Without a folder it is the suite's own below the console user's logs,
-  /// made and shared when it is missing; without a name the target keeps the one it has. A name that is
-  /// more than a bare file name is refused and leaves the path as it was. Both may be null.
+  /// Sets the file to `folder`/`fileName` and tells whether it can be opened; a target whose file
+  /// was refused does not open. Without a folder it is the suite's own below the console user's
+  /// logs, made and shared when it is missing; without a name the target keeps the one it has. A
+  /// name that is more than a bare file name is refused and leaves the path as it was. Both may be
+  /// null.
   bool SetLogFile(const char* fileName, const char* folder);
 
   const std::string& GetName() const { return name_; }

@@ -36,8 +36,12 @@ std::int64_t SizeLimit(int level) {
 
 std::string FormatMessage(const char* format, std::va_list* arguments) {
   if (arguments == nullptr) return format;
-  char message[kMessageBuffer];
-  std::vsnprintf(message, sizeof message, format, *arguments);
+  // Another target may get the same arguments.
+  std::va_list copy;
+  va_copy(copy, *arguments);
+  char message[kMessageBuffer] = "";
+  std::vsnprintf(message, sizeof message, format, copy);
+  va_end(copy);
   return message;
 }
 
@@ -127,7 +131,8 @@ void LogTargetDefault::WriteLine(const char* text) {
   if (text == nullptr) stream_.setstate(std::ios::failbit);
 }
 
-// True when the file can be written afterwards, or did not need rolling over. Call with the lock held.
+// True when the file can be written afterwards, or did not need rolling over. Call with the lock
+// held.
 bool LogTargetDefault::CheckRollOver() {
   const bool keeps_old_logs = KeepsOldLogs(WithoutLastPathComponent(file_path_));
   const std::optional<std::int64_t> size = FileSize(file_path_);

@@ -1,7 +1,8 @@
 // The log target that writes to a file which it shares with other processes.
 //
-// Each line is written whole under the file's lock. A file that is empty gets the header block first; one
-// that has grown too large is moved to a backup when the target opens, and every 15 minutes.
+// Each line is written whole under the file's lock. A file that is empty gets the header block
+// first; one that has grown too large is moved to a backup when the target opens, and every 15
+// minutes.
 #ifndef WELKO_LOG_TARGET_DEFAULT_H_
 #define WELKO_LOG_TARGET_DEFAULT_H_
 
@@ -20,8 +21,8 @@ class LogTargetDefault : public LogTargetBase {
   ~LogTargetDefault() override;
 
  protected:
-  /// A file that is new gets mode 0666, so that other users' processes can write the same log; a failure
-  /// of that is told on standard error. Returns whether the stream is good.
+  /// A file that is new gets mode 0666, so that other users' processes can write the same log; a
+  /// failure of that is told on standard error. Returns whether the stream is good.
   bool OpenStream(std::fstream& stream) override;
 
  public:
@@ -32,8 +33,8 @@ class LogTargetDefault : public LogTargetBase {
   bool Log(int level, const LogContext& context, const char* format, std::va_list* arguments,
            std::int64_t time_ms, bool use_lock) override;
   void WriteHeader(int level, const LogContext& context, const HeaderBlock* replacement) override;
-  /// Writes `text` and a newline, and flushes. A null text writes the newline alone and puts the stream
-  /// into its failure state.
+  /// Writes `text` and a newline, and flushes. A null text writes the newline alone and puts the
+  /// stream into its failure state.
   virtual void WriteLine(const char* text);
 
  private:

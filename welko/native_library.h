@@ -1,4 +1,4 @@
-// A thin wrapper over the dynamic loader, and two conversions that its callers use.
+// A thin wrapper over the dynamic loader, and two conversions beside it.
 #ifndef WELKO_NATIVE_LIBRARY_H_
 #define WELKO_NATIVE_LIBRARY_H_
 
@@ -9,8 +9,9 @@ namespace welko {
 /// At most one loaded library. Never unloads: whoever embeds it closes the handle.
 class NativeLibrary {
  public:
-  /// Loads the library at `path` with dlopen(3), all symbols bound at once. True at once, whatever the
-  /// path, when a library is loaded already. A failure goes to the support log and leaves none loaded.
+  /// Loads the library at `path` with dlopen(3), all symbols bound at once. True at once, whatever
+  /// the path, when a library is loaded already. A failure goes to the support log and leaves none
+  /// loaded.
   bool Load(const std::string& path);
 
   /// The address of the symbol `name`; null when it is missing or no library is loaded.

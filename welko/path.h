@@ -6,8 +6,8 @@
 
 namespace welko {
 
-/// Appends `component`, less all its leading "/", to `path` with one "/" between them. Does nothing when
-/// either is empty.
+/// Appends `component`, less all its leading "/", to `path` with one "/" between them. Does nothing
+/// when either is empty.
 void AppendPathComponent(std::string& path, const std::string& component);
 
 /// Whether anything, a file or a folder, stands at `path`; symbolic links are followed.

@@ -5,8 +5,8 @@
 
 namespace welko {
 
-/// A log callback: level, logger name, module name, source file, function, then a printf(3) format with
-/// its arguments.
+/// A log callback: level, logger name, module name, source file, function, then a printf(3) format
+/// with its arguments.
 using SupportLogHook = void(int level, const char* logger, const char* module, const char* file,
                             const char* function, const char* format, ...);
 

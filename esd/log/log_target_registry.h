@@ -11,8 +11,8 @@
 
 namespace esd {
 
-/// Opens `target` and adds it to those under its name, once. False, with nothing added, when it is null
-/// or does not open. The registry does not own targets: they live as long as the process.
+/// Opens `target` and adds it to those under its name, once. False, with nothing added, when it is
+/// null or does not open. The registry does not own targets: they live as long as the process.
 bool RegisterLogTarget(welko::LogTargetBase* target);
 
 /// Hands one line to every target registered under `name`, in the order of registration, under the

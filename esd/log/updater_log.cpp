@@ -64,9 +64,12 @@ void UpdaterLog(int level, const std::string& message) {
   if (g_log.configured_level < 1 || level > g_log.configured_level || g_log.logger == nullptr) {
     return;
   }
-  const welko::LogContext context = {g_log.product.c_str(),       g_log.component.c_str(),
-                                     g_log.sub_component.c_str(), g_log.extra.c_str(),
-                                     "",                          ""};
+  const welko::LogContext context = {g_log.product.c_str(),
+                                     g_log.component.c_str(),
+                                     g_log.sub_component.c_str(),
+                                     g_log.extra.c_str(),
+                                     "",
+                                     ""};
   WriteToTargets(kTargetName, TargetLevel(level), context, message.c_str(), nullptr, 0);
 }
 

@@ -1,9 +1,9 @@
-// The updater's log: levels, texts and the one target behind it. What a line looks like, and the file
-// itself, are the target's business.
+// The updater's log: levels, texts and the one target behind it. What a line looks like, and the
+// file itself, are the target's business.
 //
-// Levels go from 1 to 10, smaller is more important: 1 for the banner and the version, 2 for ordinary
-// messages, 3 for step-in and step-out lines. InitUpdaterLog is called once, before any other thread
-// logs; until then, and when it is never called, every line is dropped.
+// Levels go from 1 to 10, smaller is more important: 1 for the banner and the version, 2 for
+// ordinary messages, 3 for step-in and step-out lines. InitUpdaterLog is called once, before any
+// other thread logs; until then, and when it is never called, every line is dropped.
 #ifndef ESD_LOG_UPDATER_LOG_H_
 #define ESD_LOG_UPDATER_LOG_H_
 
@@ -11,13 +11,14 @@
 
 namespace esd {
 
-/// Starts the log at verbosity `level` in the file `logFilePath` with the banner line; the three texts
-/// stand in every line. False when `level` is below 1 (then there is no log at all), or when the path
-/// names no folder (then the log goes to the target's default file).
+/// Starts the log at verbosity `level` in the file `logFilePath` with the banner line; the three
+/// texts stand in every line. False when `level` is below 1 (then there is no log at all), or when
+/// the path names no folder (then the log goes to the target's default file).
 bool InitUpdaterLog(const std::string& logFilePath, int level, const std::string& product,
                     const std::string& component, const std::string& subComponent);
 
-/// Writes `message` when the log's verbosity admits `level`. So do the others.
+/// Writes `message` when the log's verbosity admits `level`, as do the others. At verbosity 5 to 9
+/// the target itself drops levels 3 and 4.
 void UpdaterLog(int level, const std::string& message);
 /// Writes `label` = `value`.
 void UpdaterLogValue(int level, const std::string& label, const std::string& value);

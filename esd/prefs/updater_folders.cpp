@@ -28,18 +28,16 @@ bool EnsureFolder(const std::string& path, const std::string& above, bool shared
   return shared ? MakeSharedWritable(path) : chmod(path.c_str(), bits) == 0;
 }
 
-bool GetPrefsFile(const char* name, std::string& out) {
-  std::string folder;
-  if (!GetUpdaterPrefsFolder(folder)) return false;
-  out = JoinPath(folder, name);
-  return true;
+std::string JoinParts(std::string path, std::initializer_list<const char*> parts) {
+  for (const char* part : parts) path = JoinPath(path, part);
+  return path;
 }
 
 }  // namespace
 
 bool EnsureUpdaterFolder(std::string& path, bool shared) {
   const std::string maker = JoinPath(path, "Vantre");
-  const std::string updater = JoinPath(JoinPath(maker, "OrlanUpdater"), "1.0");
+  const std::string updater = JoinParts(maker, {"OrlanUpdater", "1.0"});
   if (!EnsureFolder(maker, path, shared) || !EnsureFolder(updater, maker, shared)) return false;
   path = updater;
   return true;
@@ -63,15 +61,42 @@ bool GetUpdaterPrefsFolder(std::string& out) {
 
 void SetUpdaterPrefsFolderOverride(const std::string& path) { g_prefs_folder_override = path; }
 
-bool GetStartupLogFilePath(std::string& out) { return GetPrefsFile("orlanul.log", out); }
+bool GetUpdaterPrefsFile(const char* name, std::string& out) {
+  std::string folder;
+  if (!GetUpdaterPrefsFolder(folder)) return false;
+  out = JoinPath(folder, name);
+  return true;
+}
+
+bool GetUserCacheFolder(std::string& out) {
+  std::string folder;
+  if (!GetSpecialFolder(kUserApplicationSupport, folder, true) &&
+      !GetSpecialFolder(kLocalTemporary, folder, true)) {
+    return false;
+  }
+  out = JoinPath(folder, "Vantre");
+  return true;
+}
+
+bool GetInventoryFolder(std::string& out) {
+  std::string folder;
+  if (!GetSpecialFolder(kLocalApplicationSupport, folder, false)) return false;
+  out = JoinParts(folder, {"Vantre", "OrlanUpdaterInventory", "1.0"});
+  return true;
+}
+
+bool GetUninstallStampPath(std::string& out) {
+  std::string folder;
+  if (!GetInventoryFolder(folder)) return false;
+  out = JoinPath(folder, "uninstallts");
+  return true;
+}
 
 bool GetNotifierExecutablePath(std::string& out) {
   out.clear();
   if (!GetSpecialFolder(kLocalApplicationSupport, out, false)) return false;
-  for (const char* part : {"Vantre", "Welko", "Tarnik", "Brevo",
-                           "Orlan Updates Notifier.app/Contents/MacOS/Orlan Updates Notifier"}) {
-    out = JoinPath(out, part);
-  }
+  out = JoinParts(out, {"Vantre", "Welko", "Tarnik", "Brevo",
+                        "Orlan Updates Notifier.app/Contents/MacOS/Orlan Updates Notifier"});
   return true;
 }
 

@@ -6,30 +6,53 @@
 
 namespace esd {
 
-/// Makes sure that the updater's folder stands below the folder `path`, and gives it in `path`. A new
-/// folder takes the permission bits of the one above it, or is group-writable when `shared`; those of
-/// an existing one stay. On false `path` is untouched, and what was made so far stays.
+/// Makes sure that the updater's folder stands below the folder `path`, and gives it in `path`. A
+/// new folder takes the permission bits of the one above it, or is group-writable when `shared`;
+/// those of an existing one stay. On false `path` is untouched, and what was made so far stays.
 bool EnsureUpdaterFolder(std::string& path, bool shared);
 
 /// Gives in `out` the updater's folder below the special folder `kind`, made when it is missing.
 /// On false `out` is untouched.
 bool GetUpdaterFolder(unsigned kind, std::string& out, bool shared);
 
-/// Gives in `out` the folder of the updater's preferences and logs: the override when one is set, else
-/// the updater's folder below the user's application support, else below the machine's temporary
-/// folder. On false `out` is untouched.
+/// Gives in `out` the folder of the updater's preferences and logs: the override when one is set,
+/// else the updater's folder below the user's application support, else below the machine's
+/// temporary folder. On false `out` is untouched.
 bool GetUpdaterPrefsFolder(std::string& out);
 
-/// Uses `path` as the updater preferences folder for the rest of the process, as it is; an empty one
-/// ends that.
+/// Uses `path` as the updater preferences folder for the rest of the process, as it is; an empty
+/// one ends that.
 void SetUpdaterPrefsFolderOverride(const std::string& path);
 
-/// Gives in `out` the path of this program's log, in the updater preferences folder.
-/// On false `out` is untouched.
-bool GetStartupLogFilePath(std::string& out);
+// Names of what lies in the updater preferences folder.
+inline constexpr char kPrefsFileName[] = "VantreUpdaterPrefs.dat";
+inline constexpr char kVariantPrefsFileName[] = "VantreUpdaterOrlaneePrefs.dat";
+inline constexpr char kDownloadFolderName[] = "Install";
+inline constexpr char kUpdaterLogName[] = "orlanu.log";
+inline constexpr char kLibraryLogName[] = "orlanuuLib.log";
+inline constexpr char kInstallerLogName[] = "orlanui.log";
+inline constexpr char kNotificationLogName[] = "orlanun.log";
+inline constexpr char kStartupLogName[] = "orlanul.log";
+inline constexpr char kSilentNotificationLogName[] = "orlanus.log";
 
-/// Gives in `out` the path of the updates notifier's executable, which may be missing. False, with `out`
-/// empty, when the machine's application-support folder is not found.
+/// Gives in `out` the path of `name` in the updater preferences folder. False, and `out` untouched,
+/// when the folder is not found.
+bool GetUpdaterPrefsFile(const char* name, std::string& out);
+
+/// Gives in `out` the folder that applications of the same maker cache in; it may be missing.
+/// False, and `out` untouched, when the folder above is not found.
+bool GetUserCacheFolder(std::string& out);
+
+/// Gives in `out` the updater's inventory folder, which may be missing. False, and `out` untouched,
+/// when the machine's application-support folder is not found.
+bool GetInventoryFolder(std::string& out);
+
+/// Gives in `out` the path of the stamp that an uninstallation leaves in the inventory folder.
+/// False, and `out` untouched, when that folder is not found.
+bool GetUninstallStampPath(std::string& out);
+
+/// Gives in `out` the path of the updates notifier's executable, which may be missing. False, with
+/// `out` empty, when the machine's application-support folder is not found.
 bool GetNotifierExecutablePath(std::string& out);
 
 }  // namespace esd

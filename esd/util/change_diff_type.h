@@ -1,6 +1,7 @@
 // Value conversion between texts and typed values, by one rule for every pair of types.
 //
-// The rule is the standard streams': decimal numbers, booleans as "1" and "0", one word as a string.
+// The rule is the standard streams': decimal numbers, booleans as "1" and "0", one word as a
+// string.
 #ifndef ESD_UTIL_CHANGE_DIFF_TYPE_H_
 #define ESD_UTIL_CHANGE_DIFF_TYPE_H_
 
@@ -12,9 +13,9 @@ namespace esd {
 
 template <typename From, typename To>
 struct ChangeDiffTypeImpl {
-  /// Converts `in` and gives the result in `out`. False, and `out` untouched, when `in` does not start
-  /// with a value of type To (after white space), the value is out of range, or more than white space
-  /// follows it.
+  /// Converts `in` and gives the result in `out`. False, and `out` untouched, when `in` does not
+  /// start with a value of type To (after white space), the value is out of range, or more than
+  /// white space follows it.
   static bool ChangeType(const From& in, To& out) {
     std::stringstream stream;
     if (!(stream << in)) return false;

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <vector>
@@ -48,11 +47,12 @@ bool MayWrite(const struct stat& status) {
 
 }  // namespace
 
-bool DeletePath(const std::string& path) {
+bool DeletePath(const std::string& given_path) {
+  // A "/" behind a link's name would name what the link points to.
+  const std::string path = given_path.substr(0, given_path.find_last_not_of('/') + 1);
+  if (path.empty()) return given_path.empty();
   struct stat status {};
-  if (lstat(path.c_str(), &status) != 0) {
-    return errno == ENOENT || errno == ENOTDIR || remove(path.c_str()) == 0;
-  }
+  if (lstat(path.c_str(), &status) != 0) return true;
   if (S_ISDIR(status.st_mode)) return DeleteTree(path);
   if (platform::IsLocked(path) || platform::IsVolumeLocked(path) || !MayWrite(status)) return false;
   return remove(path.c_str()) == 0;

@@ -6,9 +6,9 @@
 
 namespace esd {
 
-/// Makes `path` and its missing ancestors; each new folder takes its parent's permission bits, owner
-/// and group, the latter two where the process may give them. True also when an object of that name
-/// stands there already. False for "/", for a relative path whose first folder is missing, and when
+/// Makes `path`, which is absolute and does not end in "/", and its missing ancestors; each new
+/// folder takes its parent's permission bits, owner and group, the latter two where the process may
+/// give them. True also when an object of that name stands there already. False for "/" and when
 /// the system refuses; ancestors made before that stay.
 bool CreateFolderTree(const std::string& path);
 

@@ -42,7 +42,8 @@ bool FormatString(std::string& out, std::string_view format, std::string_view ar
       const std::size_t number = TakeArgumentNumber(format);
       if (number >= kArguments) return false;
       std::string decimal;
-      if (number == kNumberArgument && !ChangeDiffTypeImpl<int, std::string>::ChangeType(arg1, decimal)) {
+      if (number == kNumberArgument &&
+          !ChangeDiffTypeImpl<int, std::string>::ChangeType(arg1, decimal)) {
         return false;
       }
       out += number == kNumberArgument ? std::string_view(decimal) : texts[number];

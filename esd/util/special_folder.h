@@ -6,8 +6,8 @@
 
 namespace esd {
 
-/// Gives in `path` the folder of `kind`, 0 to 14; with `create` a missing one is made. False, and `path`
-/// untouched, for a kind above 14 and for a folder that is missing or cannot be made.
+/// Gives in `path` the folder of `kind`, 0 to 14; with `create` a missing one is made. False, and
+/// `path` untouched, for a kind above 14 and for a folder that is missing or cannot be made.
 bool GetSpecialFolder(unsigned kind, std::string& path, bool create);
 
 }  // namespace esd

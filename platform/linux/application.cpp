@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 
 namespace platform {
 namespace {
@@ -20,7 +21,10 @@ bool SpawnDetached(const char* path) {
   posix_spawn_file_actions_adddup2(&files, STDIN_FILENO, STDOUT_FILENO);
   posix_spawn_file_actions_adddup2(&files, STDIN_FILENO, STDERR_FILENO);
   posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+  sigset_t no_signals;
+  sigemptyset(&no_signals);
+  posix_spawnattr_setsigmask(&attributes, &no_signals);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK);
   char* const arguments[] = {const_cast<char*>(path), nullptr};
   return posix_spawn(nullptr, path, &files, &attributes, arguments, environ) == 0;
 }

@@ -13,7 +13,7 @@ std::string MainExecutablePath() {
 
 std::string MainBundlePath() {
   constexpr std::string_view kInside = ".app/Contents/MacOS";
-  const std::string folder = std::filesystem::path(MainExecutablePath()).parent_path().string();
+  std::string folder = std::filesystem::path(MainExecutablePath()).parent_path().string();
   if (!folder.ends_with(kInside)) return folder;
   return folder.substr(0, folder.size() - kInside.size()) + ".app";
 }

@@ -12,12 +12,13 @@ namespace platform {
 std::optional<std::uint64_t> ModificationTime(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) return std::nullopt;
+  if (status.st_mtim.tv_sec < 0) return 0;
   return static_cast<std::uint64_t>(status.st_mtim.tv_sec) * 1'000'000'000U +
          static_cast<std::uint64_t>(status.st_mtim.tv_nsec);
 }
 
-// The immutable attribute of ioctl_iflags(2) is what a locked file is here; statx(2) tells it without
-// opening the file.
+// The immutable attribute of ioctl_iflags(2) is what a locked file is here; statx(2) tells it
+// without opening the file.
 bool IsLocked(const std::string& path) {
   struct statx status {};
   if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, 0, &status) != 0) return false;

@@ -74,7 +74,7 @@ std::optional<std::string> FindFolder(FolderDomain domain, FolderType type, bool
 
 std::string HomeFolder() {
   // Acting as somebody else, the environment still names the real user's home.
-  const std::string home = geteuid() == getuid() ? Environment("HOME") : "";
+  std::string home = geteuid() == getuid() ? Environment("HOME") : "";
   if (!home.empty()) return home;
   const std::optional<PasswordEntry> entry = FindPasswordEntry(geteuid());
   return entry ? entry->home : "";

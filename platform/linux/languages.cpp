@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <initializer_list>
 #include <string_view>
+#include <utility>
 
 namespace platform {
 namespace {

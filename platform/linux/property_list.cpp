@@ -2,8 +2,8 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <memory>
+#include <sstream>
 
 #include "platform/bundle.h"
 #include "platform/linux/late_library.h"
@@ -19,9 +19,10 @@ Function* PlistFunction(const char* name) {
 }  // namespace
 
 std::optional<std::string> ReadPropertyListString(const std::string& path, const std::string& key) {
-  std::ifstream file(path, std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  if (bytes.empty()) return std::nullopt;
+  std::ostringstream read;
+  read << std::ifstream(path, std::ios::binary).rdbuf();  // fails for a folder, too
+  const std::string bytes = read.str();
+  if (!read || bytes.empty()) return std::nullopt;
 
   const auto from_memory = PlistFunction<decltype(plist_from_memory)>("plist_from_memory");
   const auto release = PlistFunction<decltype(plist_free)>("plist_free");
@@ -30,9 +31,9 @@ std::optional<std::string> ReadPropertyListString(const std::string& path, const
   const auto string_of = PlistFunction<decltype(plist_get_string_val)>("plist_get_string_val");
   if (!from_memory || !release || !type_of || !item || !string_of) return std::nullopt;
 
-  plist_t read = nullptr;
-  from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &read);
-  const std::unique_ptr<void, decltype(release)> list(read, release);
+  plist_t root = nullptr;
+  from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root);
+  const std::unique_ptr<void, decltype(release)> list(root, release);
   if (!list || type_of(list.get()) != PLIST_DICT) return std::nullopt;
   const plist_t value = item(list.get(), key.c_str());
   if (value == nullptr || type_of(value) != PLIST_STRING) return std::nullopt;

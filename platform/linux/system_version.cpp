@@ -10,8 +10,8 @@ namespace platform {
 
 std::optional<SystemVersion> FindSystemVersion() {
   const char* root = secure_getenv("WAKERLY_ROOT");
-  const std::string list = std::string(root != nullptr ? root : "") +
-                           "/System/Library/CoreServices/SystemVersion.plist";
+  const std::string list =
+      std::string(root != nullptr ? root : "") + "/System/Library/CoreServices/SystemVersion.plist";
   const std::optional<std::string> text = ReadPropertyListString(list, "ProductVersion");
   if (!text) return std::nullopt;
   // A version such as 11.0 has no third number.

@@ -1,10 +1,11 @@
-// A client library to run Wakerly against: the smallest that meets the contract, with answers steered by
-// environment variables.
+// A client library to run Wakerly against: the smallest that meets the contract, with answers
+// steered by environment variables.
 //
 //   KDUPDATER_TRACE             a file that gets one line for each call
 //   KDUPDATER_LATEST_RESULT     result of the latest-application request (258, "taken")
-//   KDUPDATER_LATEST_THROWS     the request throws: "exception" a std::runtime_error, "other" a number
-//   KDUPDATER_CALLBACK          who calls back: "thread" (a thread of the library's own, the default), or
+//   KDUPDATER_LATEST_THROWS     the request throws: "exception" a std::runtime_error, "other" a
+//   number KDUPDATER_CALLBACK          who calls back: "thread" (a thread of the library's own, the
+//   default), or
 //                               "request" (the caller's thread, before the request returns)
 //   KDUPDATER_CALLBACK_DELAY_MS how long the thread waits before it calls back (0)
 //   KDUPDATER_CALLBACK_CODE     the callback's result code (0)
@@ -108,8 +109,8 @@ std::uint32_t Vantre_KD_GetLatestKDApplication(const VantreKDLatestApplicationRe
 }
 
 std::uint32_t Vantre_KD_InvokeApplication(const VantreKDInvokeRequest* request) {
-  Trace("invoke record=" + std::to_string(request->record_version) + " name=" +
-        request->application_name + " reserved=" + std::to_string(request->reserved));
+  Trace("invoke record=" + std::to_string(request->record_version) +
+        " name=" + request->application_name + " reserved=" + std::to_string(request->reserved));
   return Number("KDUPDATER_INVOKE_RESULT", "0");
 }
 

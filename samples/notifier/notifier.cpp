@@ -1,5 +1,5 @@
-// A notifier to run Wakerly against. It appends one line to the file that NOTIFIER_TRACE names, which
-// tells how it was started, and ends.
+// A notifier to run Wakerly against. It appends one line to the file that NOTIFIER_TRACE names,
+// which tells how it was started, and ends.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -33,7 +33,8 @@ int main(int argc, char** argv) {
   const int inherited = CountInheritedFiles();
   std::FILE* trace = std::fopen(path, "a");
   if (trace == nullptr) return 1;
-  std::fprintf(trace, "started %s, arguments=%d own_session=%s standard_streams=%s other_files=%d\n",
+  std::fprintf(trace,
+               "started %s, arguments=%d own_session=%s standard_streams=%s other_files=%d\n",
                argv[0], argc - 1, getsid(0) == getpid() ? "yes" : "no",
                quiet ? "/dev/null" : "inherited", inherited);
   std::fclose(trace);

@@ -1,0 +1,26 @@
+// Holding back the signals that end a session while something must not be left behind.
+#ifndef ESD_PREFS_HELD_SIGNALS_H_
+#define ESD_PREFS_HELD_SIGNALS_H_
+
+namespace esd {
+
+/// Holds SIGTERM, SIGINT and SIGHUP back from the calling thread between Hold and Deliver, both
+/// called on the same thread. Those that came meanwhile are delivered when the thread's last holder
+/// lets go; other signals are not touched.
+class HeldSignals {
+ public:
+  HeldSignals() = default;
+  ~HeldSignals() { Deliver(); }
+  HeldSignals(const HeldSignals&) = delete;
+  HeldSignals& operator=(const HeldSignals&) = delete;
+
+  void Hold();
+  void Deliver();
+
+ private:
+  bool held_ = false;
+};
+
+}  // namespace esd
+
+#endif  // ESD_PREFS_HELD_SIGNALS_H_

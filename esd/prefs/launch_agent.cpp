@@ -1,0 +1,45 @@
+#include "esd/prefs/launch_agent.h"
+
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "esd/util/special_folder.h"
+
+namespace esd {
+namespace {
+
+constexpr std::uint32_t kNoBuffer = 120;
+constexpr std::uint32_t kNoFolder = 73;
+constexpr unsigned kUserPreferences = 6;
+constexpr const char* kAgentFile = "com.vantre.VantreOrlanUpdater-1.0.plist";
+
+}  // namespace
+
+bool GetLaunchAgentsFolder(std::uint32_t& errorCode, char* buffer, std::size_t bufferSize,
+                           bool create) {
+  errorCode = 0;
+  if (buffer == nullptr || bufferSize == 0) {
+    errorCode = kNoBuffer;
+    return false;
+  }
+  std::string folder;
+  if (!GetSpecialFolder(kUserPreferences, folder, create)) {
+    errorCode = kNoFolder;
+    return false;
+  }
+  std::snprintf(buffer, bufferSize, "%s/../LaunchAgents/", folder.c_str());
+  return true;
+}
+
+bool IsScheduledTaskPresent(std::uint32_t& errorCode, const std::wstring& /*label*/) {
+  char path[1024];
+  if (!GetLaunchAgentsFolder(errorCode, path, sizeof path, false)) return false;
+  const std::size_t length = std::strlen(path);
+  std::snprintf(path + length, sizeof path - length, "%s", kAgentFile);
+  struct stat status {};
+  return stat(path, &status) == 0 && status.st_size > 0;
+}
+
+}  // namespace esd

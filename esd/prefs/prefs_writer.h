@@ -1,0 +1,93 @@
+// A preference file as a store of typed values by key.
+//
+// The file is an XML document with one element per key below the root. It is kept in memory, read
+// again whenever the file is newer, and written whole at every change. Other processes may share
+// the file: each operation runs under the store's lock, when it has one.
+#ifndef ESD_PREFS_PREFS_WRITER_H_
+#define ESD_PREFS_PREFS_WRITER_H_
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "esd/prefs/lock_policy.h"
+#include "esd/xml/expat_dom_builder.h"
+#include "esd/xml/xml_document_node.h"
+
+namespace esd {
+
+/// One thread uses a store. Reads and writes give false, and do nothing, when the lock cannot be
+/// had.
+class PrefsWriter {
+ public:
+  /// A store with the root element `rootName`, loaded from `path` unless that is empty.
+  PrefsWriter(const std::string& path, const std::string& rootName);
+  /// Destroys the document; the file and the lock stay as they are.
+  virtual ~PrefsWriter();
+  PrefsWriter(const PrefsWriter&) = delete;
+  PrefsWriter& operator=(const PrefsWriter&) = delete;
+
+  /// Uses `policy`, which stays the caller's and must outlive its use here; null for no lock.
+  /// Nothing changes while the present policy holds its lock.
+  void SetLockPolicy(LockPolicyInterface* policy);
+  LockPolicyInterface* lock_policy() const { return lock_policy_; }
+
+  /// Points the store at the file `path` and loads it. A missing or empty file, and one that holds
+  /// no root element of the right name, give an empty store. A malformed file is replaced by an
+  /// empty document when this call took the lock; otherwise the store stays without a root, so that
+  /// reads give defaults and writes fail. Throws std::runtime_error for an empty path.
+  void SetPrefsPath(const std::string& path);
+  /// Loads the file again when it is newer than the document; empties the document when the file
+  /// that it was loaded from is gone. Always true.
+  bool RefreshIfModified();
+  /// Takes the lock, when there is one and it is not held, and refreshes the document. The caller
+  /// gives the lock back; better let a PrefsLock do both.
+  bool LockPrefs();
+  /// Makes the document one that holds the root element alone. The file stays as it is.
+  void EmptyDOM();
+  /// Removes the file and all entries. When the file cannot be removed, the lock stays held.
+  bool DeleteAllPrefs();
+
+  /// The first entry called `key`; the tree owns it. Null when there is none, unless `create` makes
+  /// it. Takes no lock.
+  XMLDocumentNode* GetPrefsNode(const std::string& key, bool create);
+  /// Gives the entry called `key` in `node`; false, and null there, when there is none. The tree
+  /// owns it.
+  bool GetPref(const std::string& key, XMLDocumentNode*& node);
+  /// Removes the entry called `key`, when there is one, puts `node` at the end of all entries under
+  /// its own name, and saves. On false the document may have changed all the same.
+  bool SetPref(const std::string& key, std::unique_ptr<XMLDocumentNode> node);
+
+  /// Gives in `out` the value of the entry called `key`, `otherwise` when it is missing or empty.
+  /// False, and `out` untouched, for text that is no T. T is bool, int, unsigned long or
+  /// std::string.
+  template <typename T>
+  bool GetPref(const std::string& key, T& out, const T& otherwise);
+  /// Sets the entry called `key`, a new one at the end of all entries, and saves. On false the
+  /// document may have changed, the file has not.
+  template <typename T>
+  bool SetPref(const std::string& key, const T& value);
+
+  /// Writes the document to the file. When that fails, the file gets its former bytes back, as
+  /// far as they could be read, and the document stays as it is. False also without a loaded
+  /// document, and when the lock cannot be given back afterwards.
+  bool Save();
+
+ private:
+  void AdoptDocument();
+  void AddRoot();
+  bool ReplaceFile(const std::string& text);
+  void KeepStamp();
+
+  ExpatDOMBuilder<XMLDocumentNode> builder_;
+  XMLDocumentNode* root_ = nullptr;  ///< owned by the builder; null when no document is loaded
+  std::string prefs_path_;
+  const std::string root_name_;
+  LockPolicyInterface* lock_policy_ = nullptr;  ///< not owned
+  /// The file's, when it was last loaded or saved, in nanoseconds since the epoch; 0 for none.
+  std::uint64_t last_modification_time_ = 0;
+};
+
+}  // namespace esd
+
+#endif  // ESD_PREFS_PREFS_WRITER_H_

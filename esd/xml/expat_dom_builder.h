@@ -1,0 +1,56 @@
+// Builds a document tree from an XML file with the expat parser.
+#ifndef ESD_XML_EXPAT_DOM_BUILDER_H_
+#define ESD_XML_EXPAT_DOM_BUILDER_H_
+
+#include <expat.h>
+
+#include <exception>
+#include <memory>
+#include <stack>
+#include <string>
+
+namespace esd {
+
+/// Owns at most one document. Used by one thread at a time.
+template <typename Node>
+class ExpatDOMBuilder {
+ public:
+  ExpatDOMBuilder() = default;
+  virtual ~ExpatDOMBuilder();
+  ExpatDOMBuilder(const ExpatDOMBuilder&) = delete;
+  ExpatDOMBuilder& operator=(const ExpatDOMBuilder&) = delete;
+
+  /// Destroys the document.
+  void Clear();
+
+  /// Starts a new document, which holds its declaration node alone, and makes ready for ParseFile.
+  /// Both arguments are XML_ParserCreate_MM's and may be null. On false, for want of memory, there
+  /// may be no document.
+  bool Create(const char* encoding, const char* namespace_separator);
+
+  /// Reads the file `path` into the document that Create has made. A file that is missing, cannot
+  /// be read or is empty gives `result_if_unreadable` and leaves the document as it is. False for
+  /// text that is no well-formed XML: what was read up to the error stays in the document.
+  bool ParseFile(const std::string& path, bool result_if_unreadable);
+
+  /// The declaration node, owned by the builder; null without a document.
+  Node* GetRoot() const { return root_.get(); }
+
+ private:
+  static void OnStartElement(void* self, const char* name, const char** attributes);
+  static void OnEndElement(void* self, const char* name);
+  static void OnCharacterData(void* self, const char* text, int length);
+  static void OnDeclaration(void* self, const char* version, const char* encoding, int standalone);
+  template <typename Callback>
+  void Guard(Callback callback);
+
+  std::unique_ptr<Node> root_;
+  std::stack<Node*> open_nodes_;  ///< the root at the bottom, then the open elements
+  bool in_element_ = false;       ///< from a start tag to the next end tag
+  XML_Parser parser_ = nullptr;
+  std::exception_ptr failure_;  ///< of a callback
+};
+
+}  // namespace esd
+
+#endif  // ESD_XML_EXPAT_DOM_BUILDER_H_

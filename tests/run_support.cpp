@@ -1,0 +1,60 @@
+#include "tests/run_support.h"
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace test {
+namespace {
+
+void Install(const fs::path& from, const fs::path& to) {
+  fs::create_directories(to.parent_path());
+  fs::copy_file(from, to);
+}
+
+}  // namespace
+
+std::string PrefsText(const std::vector<std::pair<std::string, std::string>>& entries) {
+  std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<Preferences>\n";
+  for (const auto& [key, value] : entries) text += "<" + key + ">" + value + "</" + key + ">\n";
+  return text + "</Preferences>\n";
+}
+
+RunTest::RunTest() {
+  // What a run leaves running becomes this process's child, and can be waited for.
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
+}
+
+void RunTest::InstallNotifier() const { Install(NOTIFIER, notifier); }
+void RunTest::InstallLibrary() const { Install(CLIENT_LIBRARY, library); }
+void RunTest::InstallSuite() const { fs::create_directories(suite); }
+
+Outcome RunTest::Run(const std::vector<std::string>& arguments,
+                     const std::map<std::string, std::string>& settings) const {
+  const fs::path notifier_trace = top / "notifier.trace";
+  const fs::path library_trace = top / "library.trace";
+  Outcome outcome;
+  outcome.status = InChild([&] {
+    setenv("NOTIFIER_TRACE", notifier_trace.c_str(), 1);
+    setenv("KDUPDATER_TRACE", library_trace.c_str(), 1);
+    setenv("KDUPDATER_CALLBACK", "request", 1);
+    for (const auto& [name, value] : settings) setenv(name.c_str(), value.c_str(), 1);
+    std::vector<char*> argv = {const_cast<char*>(WAKERLY)};
+    for (const std::string& argument : arguments) {
+      argv.push_back(const_cast<char*>(argument.c_str()));
+    }
+    argv.push_back(nullptr);
+    execv(WAKERLY, argv.data());
+    return 127;
+  });
+  while (wait(nullptr) > 0) {
+  }
+  outcome.log = ReadLog(log);
+  outcome.notifier = ReadLines(notifier_trace);
+  outcome.library = ReadLines(library_trace);
+  return outcome;
+}
+
+}  // namespace test

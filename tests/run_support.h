@@ -1,0 +1,54 @@
+// A tree to run the program on, and what a run leaves behind.
+#ifndef TESTS_RUN_SUPPORT_H_
+#define TESTS_RUN_SUPPORT_H_
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/test_support.h"
+
+namespace test {
+
+/// What a user finds when a run has ended, and everything that it started.
+struct Outcome {
+  int status = -1;                    ///< exit status, or 128 and the signal
+  std::vector<std::string> log;       ///< with TIME and TID in each line
+  std::vector<std::string> notifier;  ///< the notifier's own trace
+  std::vector<std::string> library;   ///< the client library's own trace
+};
+
+/// A preference file with these entries, as the program writes it.
+std::string PrefsText(const std::vector<std::pair<std::string, std::string>>& entries);
+
+/// The sample library calls back before its request returns, so that no run waits for it.
+class RunTest : public TreeTest {
+ protected:
+  RunTest();
+
+  void InstallNotifier() const;
+  void InstallLibrary() const;
+  void InstallSuite() const;
+
+  /// Runs wakerly with `arguments`, and `settings` added to its environment, until it and the
+  /// processes that it started have ended.
+  Outcome Run(const std::vector<std::string>& arguments = {},
+              const std::map<std::string, std::string>& settings = {}) const;
+
+  const fs::path support = root / "Library/Application Support";
+  const fs::path library = support / "Vantre/VantreKDClient/kdupdater.dylib";
+  const fs::path notifier = support /
+                            "Vantre/Welko/Tarnik/Brevo/Orlan Updates Notifier.app/Contents/MacOS" /
+                            "Orlan Updates Notifier";
+  const fs::path suite = root / "Applications/Utilities/Vantre Lumora/Lumdesk/Lumora.app";
+  const fs::path prefs_folder = home / "Library/Application Support/Vantre/OrlanUpdater/1.0";
+  const fs::path prefs = prefs_folder / "VantreUpdaterPrefs.dat";
+  const fs::path log = prefs_folder / "orlanul.log";
+  const fs::path inventory = support / "Vantre/OrlanUpdaterInventory/1.0";
+  const fs::path admin_prefs = inventory / "VantreUpdaterAdminPrefs.dat";
+};
+
+}  // namespace test
+
+#endif  // TESTS_RUN_SUPPORT_H_
