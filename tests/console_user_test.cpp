@@ -74,10 +74,11 @@ TEST_F(ConsoleUserTest, LogsArePrivateAndMadeAsTheConsoleUserById32AndAsOneselfE
 
 TEST_F(ConsoleUserTest, RefusedSwitchFailsTheLogsFolderButNoLookUp) {
   g_system.console->uid = 0;
-  for (const auto& [id, path] : {std::pair(kLogs, std::string("none")), {10, home}}) {
-    const auto matches = [&] { return setuid(other) == 0 && Path(id) == path ? 0 : 1; };
-    EXPECT_EQ(test::InChild(matches), 0) << id;
-  }
+  const auto differs = [&](int id, const std::string& path) {
+    return test::InChild([&] { return setuid(other) != 0 || Path(id) != path ? 1 : 0; });
+  };
+  EXPECT_EQ(differs(kLogs, "none"), 0);
+  EXPECT_EQ(differs(10, home), 0);
 }
 
 }  // namespace

@@ -170,8 +170,8 @@ TEST_F(PrefsStore, KeepsMapsAsElementsWithTheirBlanks) {
   EXPECT_TRUE(texts.empty());
   EXPECT_TRUE(pref.Set(blanks));
   const std::string entry = "<MapPrefEntry MapPrefKey=\"", end = "</MapPrefEntry>\n";
-  EXPECT_EQ(ReadFile(path), Document("<T>\n" + entry + "a b\">  c\td " + end + entry + "e\">" +
-                                     end + "</T>\n"));
+  EXPECT_EQ(ReadFile(path),
+            Document("<T>\n" + entry + "a b\">  c\td " + end + entry + "e\">" + end + "</T>\n"));
   store.SetPrefsPath(path);
   EXPECT_TRUE(pref.Get(texts));
   EXPECT_EQ(texts, blanks);

@@ -1,7 +1,7 @@
 // The lock that the processes which write one log file share: a System V semaphore set.
 //
-// Semaphore 0 counts the attached processes, semaphore 1 is 1 while the file is free. The system gives
-// the lock back when its holder dies.
+// Semaphore 0 counts the attached processes, semaphore 1 is 1 while the file is free. The system
+// gives the lock back when its holder dies.
 #ifndef WELKO_LOG_FILE_LOCK_H_
 #define WELKO_LOG_FILE_LOCK_H_
 
