@@ -21,9 +21,6 @@ bool IsLocked(const std::string& path);
 /// Clears the locked flag of the object at `path`. True when the object is not locked afterwards.
 bool ClearLocked(const std::string& path);
 
-/// Whether nothing can be written to the volume that holds `path`; false when that cannot be read.
-bool IsVolumeLocked(const std::string& path);
-
 }  // namespace platform
 
 #endif  // PLATFORM_FILE_ATTRIBUTES_H_

@@ -2,6 +2,7 @@
 
 #include <fts.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -30,6 +31,14 @@ bool DeleteTree(std::string path) {
   return lstat(path.c_str(), &status) != 0;
 }
 
+bool IsVolumeReadOnly(const std::string& path) {
+  // A link may point to another volume or nowhere; its folder holds it.
+  const std::string folder = path.substr(0, path.rfind('/') + 1);
+  struct statvfs volume {};
+  if (statvfs(folder.empty() ? "." : folder.c_str(), &volume) != 0) return false;
+  return (volume.f_flag & ST_RDONLY) != 0;
+}
+
 bool IsInGroup(gid_t group) {
   if (group == getegid()) return true;
   const int count = getgroups(0, nullptr);
@@ -54,7 +63,7 @@ bool DeletePath(const std::string& given_path) {
   struct stat status {};
   if (lstat(path.c_str(), &status) != 0) return true;
   if (S_ISDIR(status.st_mode)) return DeleteTree(path);
-  if (platform::IsLocked(path) || platform::IsVolumeLocked(path) || !MayWrite(status)) return false;
+  if (platform::IsLocked(path) || IsVolumeReadOnly(path) || !MayWrite(status)) return false;
   return remove(path.c_str()) == 0;
 }
 

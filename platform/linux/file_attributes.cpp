@@ -4,7 +4,6 @@
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 namespace platform {
@@ -35,14 +34,6 @@ bool ClearLocked(const std::string& path) {
   cleared = cleared && ioctl(file, FS_IOC_SETFLAGS, &flags) == 0;
   close(file);
   return cleared;
-}
-
-bool IsVolumeLocked(const std::string& path) {
-  // A link may point to another volume or nowhere; its folder holds it.
-  const std::string folder = path.substr(0, path.rfind('/') + 1);
-  struct statvfs volume {};
-  if (statvfs(folder.empty() ? "." : folder.c_str(), &volume) != 0) return false;
-  return (volume.f_flag & ST_RDONLY) != 0;
 }
 
 }  // namespace platform

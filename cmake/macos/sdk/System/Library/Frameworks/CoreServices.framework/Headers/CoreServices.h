@@ -1,0 +1,50 @@
+// The part of File Manager, Launch Services and Gestalt that wakerly calls, as the public interface
+// documents it.
+#ifndef CORE_SERVICES_H_
+#define CORE_SERVICES_H_
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef SInt16 FSVolumeRefNum;
+typedef OptionBits LSLaunchFlags;
+typedef struct AEDesc AppleEvent;
+
+struct FSRef {
+  UInt8 hidden[80];
+};
+typedef struct FSRef FSRef;
+
+enum { kDontCreateFolder = 0, kCreateFolder = 1 };
+
+enum : LSLaunchFlags {
+  kLSLaunchDefaults = 0x00000001,
+  kLSLaunchAsync = 0x00010000,
+  kLSLaunchNewInstance = 0x00080000
+};
+
+struct LSApplicationParameters {
+  CFIndex version;
+  LSLaunchFlags flags;
+  const FSRef* application;
+  void* asyncLaunchRefCon;
+  CFDictionaryRef environment;
+  CFArrayRef argv;
+  AppleEvent* initialEvent;
+};
+typedef struct LSApplicationParameters LSApplicationParameters;
+
+OSErr FSFindFolder(FSVolumeRefNum volume, OSType folderType, Boolean createFolder, FSRef* found);
+OSStatus FSPathMakeRef(const UInt8* path, FSRef* reference, Boolean* isDirectory);
+OSStatus FSRefMakePath(const FSRef* reference, UInt8* path, UInt32 pathBufferSize);
+OSErr Gestalt(OSType selector, SInt32* response);
+OSStatus LSOpenApplication(const LSApplicationParameters* parameters, ProcessSerialNumber* process);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif  // CORE_SERVICES_H_

@@ -1,0 +1,64 @@
+// The part of Foundation that wakerly calls, as the public interface documents it.
+#ifndef FOUNDATION_H_
+#define FOUNDATION_H_
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <objc/NSObject.h>
+
+@interface NSString : NSObject
+@property(readonly) const char* UTF8String;
+@property(readonly) NSString* stringByStandardizingPath;
++ (instancetype)stringWithUTF8String:(const char*)text;
+@end
+
+@protocol NSFastEnumeration
+- (unsigned long)countByEnumeratingWithState:(struct __objcFastEnumerationState*)state
+                                     objects:(id*)buffer
+                                       count:(unsigned long)length;
+@end
+
+@interface NSArray : NSObject <NSFastEnumeration>
+@end
+
+@interface NSDictionary : NSObject
++ (NSDictionary*)dictionaryWithContentsOfFile:(NSString*)path;
+- (id)objectForKey:(id)key;
+@end
+
+@interface NSBundle : NSObject
+@property(class, readonly) NSBundle* mainBundle;
+@property(readonly) NSString* bundlePath;
+@property(readonly) NSString* executablePath;
+@end
+
+@interface NSLocale : NSObject
+@property(class, readonly) NSLocale* currentLocale;
+@property(class, readonly) NSArray* preferredLanguages;
+@property(readonly) NSString* localeIdentifier;
+@end
+
+struct NSOperatingSystemVersion {
+  long majorVersion;
+  long minorVersion;
+  long patchVersion;
+};
+typedef struct NSOperatingSystemVersion NSOperatingSystemVersion;
+
+@interface NSProcessInfo : NSObject
+@property(class, readonly) NSProcessInfo* processInfo;
+@property(readonly) NSOperatingSystemVersion operatingSystemVersion;
+@end
+
+@interface NSRecursiveLock : NSObject
+@property(copy) NSString* name;
+- (void)lock;
+- (void)unlock;
+@end
+
+#ifdef __cplusplus
+extern "C"
+#endif
+    NSString*
+    NSHomeDirectory(void);
+
+#endif  // FOUNDATION_H_

@@ -1,0 +1,20 @@
+// The part of SystemConfiguration that wakerly calls, as the public interface documents it.
+#ifndef SYSTEM_CONFIGURATION_H_
+#define SYSTEM_CONFIGURATION_H_
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <sys/types.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef const struct __SCDynamicStore* SCDynamicStoreRef;
+
+CFStringRef SCDynamicStoreCopyConsoleUser(SCDynamicStoreRef store, uid_t* uid, gid_t* gid);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif  // SYSTEM_CONFIGURATION_H_

@@ -1,0 +1,37 @@
+# Builds for macOS on Linux: zig's clang with Darwin's C and C++ headers, and sdk/ beside this file,
+# which declares what wakerly calls of the frameworks and which libraries export it. A Mac needs
+# nothing of this.
+#
+# WAKERLY_ZIG names the compiler, WAKERLY_TARGET what it builds for, as in "x86_64-macos.10.13".
+
+set(CMAKE_SYSTEM_NAME Darwin)
+string(REGEX MATCH "^[^-]+" CMAKE_SYSTEM_PROCESSOR "${WAKERLY_TARGET}")
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES WAKERLY_ZIG WAKERLY_TARGET)
+
+set(CMAKE_CXX_COMPILER "${WAKERLY_ZIG}" c++ -target ${WAKERLY_TARGET})
+set(CMAKE_OBJCXX_COMPILER ${CMAKE_CXX_COMPILER})
+find_program(CMAKE_AR llvm-ar REQUIRED)
+find_program(CMAKE_RANLIB llvm-ranlib REQUIRED)
+find_program(CMAKE_INSTALL_NAME_TOOL llvm-install-name-tool-14 llvm-install-name-tool REQUIRED)
+# The target names the system's version; there is no SDK to look for.
+set(CMAKE_OSX_SYSROOT "" CACHE STRING "")
+set(CMAKE_OSX_DEPLOYMENT_TARGET "" CACHE STRING "")
+
+set(sdk "${CMAKE_CURRENT_LIST_DIR}/sdk")
+set(frameworks "${sdk}/System/Library/Frameworks")
+set(CMAKE_CXX_FLAGS_INIT "-iframework ${frameworks}")
+# zig names the language to clang once more.
+set(CMAKE_OBJCXX_FLAGS_INIT "-iframework ${frameworks} -Wno-unused-command-line-argument")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-F${frameworks} -L${sdk}/usr/lib")
+set(CMAKE_MODULE_LINKER_FLAGS_INIT "-F${frameworks} -L${sdk}/usr/lib")
+
+# Of this machine's headers, these two libraries' and no others: they are the same on every system.
+set(headers "${CMAKE_BINARY_DIR}/headers")
+file(MAKE_DIRECTORY "${headers}")
+foreach(header boost expat.h expat_external.h)
+  file(CREATE_LINK "/usr/include/${header}" "${headers}/${header}" SYMBOLIC)
+endforeach()
+set(Boost_INCLUDE_DIR "${headers}" CACHE PATH "")
+set(Boost_NO_BOOST_CMAKE ON)
+set(EXPAT_INCLUDE_DIR "${headers}" CACHE PATH "")
+set(EXPAT_LIBRARY "${sdk}/usr/lib/libexpat.tbd" CACHE FILEPATH "")
