@@ -3,10 +3,9 @@
 //
 //   KDUPDATER_TRACE             a file that gets one line for each call
 //   KDUPDATER_LATEST_RESULT     result of the latest-application request (258, "taken")
-//   KDUPDATER_LATEST_THROWS     the request throws: "exception" a std::runtime_error, "other" a
-//   number KDUPDATER_CALLBACK          who calls back: "thread" (a thread of the library's own, the
-//   default), or
-//                               "request" (the caller's thread, before the request returns)
+//   KDUPDATER_LATEST_THROWS     the request throws: "exception", or "other" (a number)
+//   KDUPDATER_CALLBACK          who calls back: "thread" (one of the library's own, the default), or
+//                               "request" (the caller's, before the request returns)
 //   KDUPDATER_CALLBACK_DELAY_MS how long the thread waits before it calls back (0)
 //   KDUPDATER_CALLBACK_CODE     the callback's result code (0)
 //   KDUPDATER_CALLBACK_AGAIN    call back once more at "release" or at "unload"
