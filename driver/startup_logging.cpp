@@ -1,5 +1,7 @@
 #include "driver/startup_logging.h"
 
+#include <syslog.h>
+
 #include <string>
 
 #include "esd/log/updater_log.h"
@@ -21,11 +23,23 @@ struct LogSettings {
   int level = 0;
 };
 
+// The system's own log and standard error are all that such a run can speak to.
+void ReportLocked() {
+  openlog("wakerly", LOG_PID | LOG_PERROR, LOG_USER);
+  syslog(LOG_WARNING,
+         "no log for this run: the preferences are locked by another process, or were "
+         "by one that was killed");
+  closelog();
+}
+
 // Fills `settings` as far as the preferences can be read, and writes back what they lack.
 void ReadSettings(LogSettings& settings) {
   VantreUpdaterPrefs& prefs = VantreUpdaterPrefs::GetInstance(false);
   const esd::PrefsLock lock(prefs);
-  if (!lock.held()) return;
+  if (!lock.held()) {
+    ReportLocked();
+    return;
+  }
   // Read through the store: the preference objects would answer with their own defaults.
   prefs.GetPref<std::string>("StartupLogFile", settings.path, "");
   prefs.GetPref<int>("LogLevel", settings.level, kNotSet);

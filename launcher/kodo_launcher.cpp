@@ -67,7 +67,9 @@ void VantreUpdaterKodoLauncher::runKodoWorkflow() {
     invokeKDApplication();
     finalize();
   } catch (const std::exception& error) {
-    Log((std::string("Error encountered in Kodo WorkFlow = ") + error.what()).c_str());
+    const char* const text = error.what();
+    Log((std::string("Error encountered in Kodo WorkFlow = ") + (text != nullptr ? text : ""))
+            .c_str());
   } catch (...) {
     Log("Unknown Error encountered in Kodo WorkFlow ");
   }

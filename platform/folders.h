@@ -5,6 +5,7 @@
 #ifndef PLATFORM_FOLDERS_H_
 #define PLATFORM_FOLDERS_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -38,10 +39,15 @@ inline constexpr FolderType kSharedUserDataFolderType = FourCharCode("sdat");
 inline constexpr FolderType kPerUserTemporaryFolderType = FourCharCode("flnt");
 inline constexpr FolderType kUserTemporaryFolderType = FourCharCode("utmp");
 
+/// Room for a path of any length.
+inline constexpr std::size_t kAnySize = 0;
+
 /// The path of a standard folder.
-/// Nothing when the domain has no such folder, when it is missing and `create` is false, or when it
-/// cannot be made. With `create` a missing folder is made together with its parents.
-std::optional<std::string> FindFolder(FolderDomain domain, FolderType type, bool create);
+/// Nothing when the domain has no such folder, when it is missing and `create` is false, when it
+/// cannot be made, or when its path takes more than `path_size` bytes with a terminating zero. With
+/// `create` a missing folder is made together with its parents.
+std::optional<std::string> FindFolder(FolderDomain domain, FolderType type, bool create,
+                                      std::size_t path_size = kAnySize);
 
 /// The home folder of the user the process acts as; empty when it is not known. It need not exist.
 std::string HomeFolder();

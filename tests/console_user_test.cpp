@@ -23,7 +23,9 @@ std::string HomeFolder() {
   if (g_system.throws) throw 1;
   return getenv("HOME");
 }
-std::optional<std::string> FindFolder(FolderDomain, FolderType, bool) { return HomeFolder(); }
+std::optional<std::string> FindFolder(FolderDomain, FolderType, bool, std::size_t) {
+  return HomeFolder();
+}
 
 }  // namespace platform
 
@@ -38,21 +40,26 @@ std::string Path(unsigned id) {
   return welko::GetFolderPath(id, out) ? out : "none";
 }
 
-class ConsoleUserTest : public test::TreeTest {
- protected:
+struct ConsoleUserTest : test::TreeTest {
   ConsoleUserTest() {
-    g_system = {platform::ConsoleUser{other, other}, false, {}};
-    EXPECT_EQ(chmod(top.c_str(), 0755) + chown(home.c_str(), other, gid_t(-1)), 0);
+    EXPECT_EQ(chmod(top.c_str(), 0755) + chmod(home.c_str(), 0700), 0);
+    EXPECT_EQ(chown(home.c_str(), other, gid_t(-1)), 0);
   }
   ~ConsoleUserTest() override { EXPECT_EQ(seteuid(own), 0); }
   const uid_t own = geteuid(), other = own == 0 ? 65534 : own;  // only root can act as another
   const test::fs::path logs = home / "Library/Logs";
 };
 
-TEST_F(ConsoleUserTest, LooksUpTheUsersFoldersElseItsOwnAndGivesTheUserBackWhateverHappens) {
-  for (const auto& [id, path] : {std::pair(10U, home), {32, logs}, {kLogs, logs}}) {
+TEST_F(ConsoleUserTest, LooksUpTheUsersPrivateFoldersElseItsOwnAndGivesTheUserBackInAnyCase) {
+  const std::tuple<unsigned, test::fs::path, uid_t> cases[] = {
+      {10, home, other}, {32, logs, other}, {kLogs, logs, own}};
+  for (const auto& [id, path, owner] : cases) {
+    test::fs::remove_all(home / "Library");
     g_system = {platform::ConsoleUser{other, other}, false, {}};
     EXPECT_EQ(Path(id), path);
+    struct stat status {};
+    stat(path.c_str(), &status);
+    EXPECT_EQ(std::pair(status.st_uid, status.st_mode), std::pair(owner, S_IFDIR | 0700U)) << id;
     g_system.throws = true;
     EXPECT_ANY_THROW(Path(id));
     EXPECT_EQ(geteuid(), own) << id;
@@ -62,19 +69,9 @@ TEST_F(ConsoleUserTest, LooksUpTheUsersFoldersElseItsOwnAndGivesTheUserBackWhate
   }
 }
 
-TEST_F(ConsoleUserTest, LogsArePrivateAndMadeAsTheConsoleUserById32AndAsOneselfElse) {
-  for (const auto& [id, owner] : {std::pair(32U, other), {kLogs, own}}) {
-    test::fs::remove_all(home / "Library");
-    EXPECT_EQ(Path(id), logs);
-    struct stat status {};
-    stat(logs.c_str(), &status);
-    EXPECT_EQ(std::pair(status.st_uid, status.st_mode), std::pair(owner, S_IFDIR | 0700U));
-  }
-}
-
 TEST_F(ConsoleUserTest, RefusedSwitchFailsTheLogsFolderButNoLookUp) {
-  g_system.console->uid = 0;
-  const auto differs = [&](int id, const std::string& path) {
+  g_system = {platform::ConsoleUser{0, 0}, false, {}};
+  const auto differs = [&](unsigned id, const std::string& path) {
     return test::InChild([&] { return setuid(other) != 0 || Path(id) != path ? 1 : 0; });
   };
   EXPECT_EQ(differs(kLogs, "none"), 0);

@@ -1,6 +1,8 @@
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "esd/prefs/updater_folders.h"
+#include "esd/util/folder_tree.h"
 #include "tests/test_support.h"
 #include "welko/folder_path.h"
 
@@ -24,16 +26,26 @@ void Block(const fs::path& path) {
   test::WriteFile(path, "");
 }
 
+/// Mode, owner and group.
+std::vector<unsigned> Rights(const fs::path& path) {
+  struct stat status {};
+  stat(path.c_str(), &status);
+  return {status.st_mode & 07777, status.st_uid, status.st_gid};
+}
+
 // The ids of the console user have tests of their own, in which nobody real sits at the console.
 TEST_F(FoldersTest, IdsTellALostFolderOnlyWhereTheyAreTheFolderItself) {
-  const std::pair<unsigned, std::pair<std::string, const char*>> cases[] = {
-      {3, {root / "Library/Application Support", "!before"}},
-      {13, {root / "Users/Shared", "before"}},
-      {30, {root / "Applications/Utilities/Vantre Lumora/", "before/Vantre Lumora/"}},
-      {33, {"!before", "!before"}}};
-  for (const auto& [id, paths] : cases) EXPECT_EQ(ById(id), paths.first) << id;
+  EXPECT_EQ(Found(esd::GetUninstallStampPath), "!before");  // machine-wide ones are not made
+  EXPECT_EQ(Found(esd::GetNotifierExecutablePath), "!");
+  EXPECT_TRUE(fs::is_empty(root));
+  const std::tuple<unsigned, std::string, const char*> cases[] = {
+      {3, root / "Library/Application Support", "!before"},
+      {13, root / "Users/Shared", "before"},
+      {30, root / "Applications/Utilities/Vantre Lumora/", "before/Vantre Lumora/"},
+      {33, "!before", "!before"}};
+  for (const auto& [id, path, lost] : cases) EXPECT_EQ(ById(id), path);
   for (const char* name : {"Applications", "Library", "Users"}) Block(root / name);
-  for (const auto& [id, paths] : cases) EXPECT_EQ(ById(id), paths.second) << id;
+  for (const auto& [id, path, lost] : cases) EXPECT_EQ(ById(id), lost) << id;
 }
 
 TEST_F(FoldersTest, SystemFolderPathsEndAt1023Bytes) {
@@ -45,21 +57,25 @@ TEST_F(FoldersTest, SystemFolderPathsEndAt1023Bytes) {
   EXPECT_EQ(ById(31), "!before");
 }
 
-TEST_F(FoldersTest, NewUpdaterFoldersTakeTheModeAboveOrAreShared) {
-  // The base and the maker's folder before; whether shared; maker's and own folder afterwards.
-  constexpr unsigned kCases[][5] = {
-      {0711, 0, 0, 0711, 0711}, {0711, 0750, 1, 0750, 0775}, {0, 0, 0, 0774, 0774}};
-  umask(0);
-  const fs::path base = top / "base", maker = base / "Vantre";
-  for (const auto& [base_mode, maker_mode, shared, new_maker, new_version] : kCases) {
-    fs::remove_all(base);
-    if (base_mode != 0) mkdir(base.c_str(), base_mode);
-    if (maker_mode != 0) mkdir(maker.c_str(), maker_mode);
+TEST_F(FoldersTest, NewUpdaterFoldersTakeTheRightsAboveOrAreShared) {
+  // The mode of the base, which may be missing; whether shared; the mode of the new folders.
+  constexpr unsigned kCases[][3] = {{01757, 0, 01757}, {0711, 1, 0775}, {0, 0, 0774}};
+  umask(0777);
+  for (const auto& [base_mode, shared, new_mode] : kCases) {
+    const fs::path base = top / std::to_string(base_mode);
+    if (base_mode != 0) mkdir(base.c_str(), 0);
+    [[maybe_unused]] const int may_fail = chown(base.c_str(), 65534, 65532);
+    chmod(base.c_str(), base_mode);
     std::string path = base;
     EXPECT_TRUE(esd::EnsureUpdaterFolder(path, shared != 0));
-    EXPECT_EQ(fs::status(maker).permissions(), fs::perms(new_maker));
-    EXPECT_EQ(fs::status(path).permissions(), fs::perms(new_version));
+    std::vector<unsigned> rights = Rights(base);
+    rights[0] = new_mode;
+    for (const char* name : {"Vantre", "Vantre/OrlanUpdater", "Vantre/OrlanUpdater/1.0"}) {
+      EXPECT_EQ(Rights(base / name), rights) << name;
+    }
   }
+  test::WriteFile(top / "file", "");
+  EXPECT_TRUE(esd::CreateFolderTree(top / "file"));  // the name is taken
 }
 
 TEST_F(FoldersTest, PreferencesFallBackToTheTemporaryFolder) {
@@ -68,12 +84,6 @@ TEST_F(FoldersTest, PreferencesFallBackToTheTemporaryFolder) {
   EXPECT_EQ(Found(esd::GetUpdaterPrefsFolder), root / "tmp/Vantre/OrlanUpdater/1.0");
   Block(root / "tmp");
   EXPECT_EQ(Found(esd::GetUpdaterPrefsFolder), "!before");
-}
-
-TEST_F(FoldersTest, MachineWideFilesAreNotMade) {
-  EXPECT_EQ(Found(esd::GetUninstallStampPath), "!before");
-  EXPECT_EQ(Found(esd::GetNotifierExecutablePath), "!");
-  EXPECT_TRUE(fs::is_empty(root));
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <csignal>
-#include <set>
 
 #include "tests/log_support.h"
 #include "welko/log_file_lock.h"
@@ -121,50 +120,6 @@ TEST_F(LogLock, MendsASetWhoseMakerOrRemoverDied) {
     EXPECT_EQ(Value(kAttached), 1);
     EXPECT_EQ(Value(kFree), 1);
   }
-}
-
-TEST_F(LogLock, KeepsTheLinesOfTwoProcessesWholeOverRollOvers) {
-  constexpr int kBatch = 40, kLines = 160;
-  constexpr std::uintmax_t kLimit = 10 * 1048576;
-  const path folder = log.parent_path();
-  test::WriteFile(folder / "quib.trace", "keeplogs");
-  const auto write = [&](const std::string& process) {
-    welko::LogTargetDefault target("T");
-    if (!test::OpenOn(target, log)) return 1;
-    LogFileLock lock(log);
-    for (int number = 0; number < kLines; ++number) {
-      if (number % kBatch == 0) {
-        // Another hour gives the batch's backups names of their own; those of the two collide.
-        test::SetTimeZone("HOUR" + std::to_string(number / kBatch));
-        const LogFileLock::Hold hold(&lock);
-        if (number > 0 && test::fs::file_size(log) < kLimit) test::fs::resize_file(log, kLimit);
-      }
-      // Each line sets off a check.
-      test::Write(target, process + std::to_string(number), 30, std::time(nullptr) + number * 900);
-    }
-    return 0;
-  };
-  const int first = test::StartChild([&] { return write("first "); });
-  EXPECT_EQ(test::InChild([&] { return write("second "); }) + test::WaitFor(first), 0);
-
-  test::fs::remove(folder / "quib.trace");
-  EXPECT_GE(test::Names(folder).size(), 4U);
-  std::set<std::string> missing;
-  for (int number = 0; number < kLines; ++number) {
-    for (const std::string process : {"first ", "second "}) {
-      missing.insert("TIME | [INFO] | a | b | c | d | e | f | TID | " + process +
-                     std::to_string(number));
-    }
-  }
-  for (const std::string& name : test::Names(folder)) {
-    std::string text = test::ReadFile(folder / name);
-    std::erase(text, '\0');  // the padding
-    test::WriteFile(top / "text", text);
-    for (const auto& line : test::LinesAfterHeader(top / "text")) {
-      EXPECT_EQ(missing.erase(line), 1U) << line;
-    }
-  }
-  EXPECT_EQ(missing, std::set<std::string>());
 }
 
 }  // namespace

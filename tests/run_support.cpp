@@ -31,12 +31,10 @@ void RunTest::InstallNotifier() const { Install(NOTIFIER, notifier); }
 void RunTest::InstallLibrary() const { Install(CLIENT_LIBRARY, library); }
 void RunTest::InstallSuite() const { fs::create_directories(suite); }
 
-Outcome RunTest::Run(const std::vector<std::string>& arguments,
-                     const std::map<std::string, std::string>& settings) const {
-  const fs::path notifier_trace = top / "notifier.trace";
-  const fs::path library_trace = top / "library.trace";
-  Outcome outcome;
-  outcome.status = InChild([&] {
+int RunTest::Start(const std::vector<std::string>& arguments,
+                   const std::map<std::string, std::string>& settings,
+                   const std::function<void()>& prepare) const {
+  return StartChild([&] {
     setenv("NOTIFIER_TRACE", notifier_trace.c_str(), 1);
     setenv("KDUPDATER_TRACE", library_trace.c_str(), 1);
     setenv("KDUPDATER_CALLBACK", "request", 1);
@@ -46,9 +44,17 @@ Outcome RunTest::Run(const std::vector<std::string>& arguments,
       argv.push_back(const_cast<char*>(argument.c_str()));
     }
     argv.push_back(nullptr);
+    if (prepare) prepare();
     execv(WAKERLY, argv.data());
     return 127;
   });
+}
+
+Outcome RunTest::Run(const std::vector<std::string>& arguments,
+                     const std::map<std::string, std::string>& settings,
+                     const std::function<void()>& prepare) const {
+  Outcome outcome;
+  outcome.status = WaitFor(Start(arguments, settings, prepare));
   while (wait(nullptr) > 0) {
   }
   outcome.log = ReadLog(log);

@@ -2,6 +2,7 @@
 #ifndef TESTS_RUN_SUPPORT_H_
 #define TESTS_RUN_SUPPORT_H_
 
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -31,11 +32,17 @@ class RunTest : public TreeTest {
   void InstallLibrary() const;
   void InstallSuite() const;
 
-  /// Runs wakerly with `arguments`, and `settings` added to its environment, until it and the
-  /// processes that it started have ended.
+  /// Starts wakerly with `arguments`, and `settings` added to its environment, in a child process
+  /// that runs `prepare` first. Hand the result to WaitFor.
+  int Start(const std::vector<std::string>& arguments,
+            const std::map<std::string, std::string>& settings = {},
+            const std::function<void()>& prepare = {}) const;
+  /// The same, until it and the processes that it started have ended.
   Outcome Run(const std::vector<std::string>& arguments = {},
-              const std::map<std::string, std::string>& settings = {}) const;
+              const std::map<std::string, std::string>& settings = {},
+              const std::function<void()>& prepare = {}) const;
 
+  const fs::path notifier_trace = top / "notifier.trace", library_trace = top / "library.trace";
   const fs::path support = root / "Library/Application Support";
   const fs::path library = support / "Vantre/VantreKDClient/kdupdater.dylib";
   const fs::path notifier = support /

@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <regex>
+#include <sstream>
 
 namespace test {
 namespace {
@@ -45,14 +45,16 @@ TreeTest::~TreeTest() {
 }
 
 std::string ReadFile(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  if (fs::is_fifo(path)) return "";
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
 }
 
 std::vector<std::string> ReadLines(const fs::path& path) {
-  std::ifstream file(path);
+  std::istringstream text(ReadFile(path));
   std::vector<std::string> lines;
-  for (std::string line; std::getline(file, line);) lines.push_back(line);
+  for (std::string line; std::getline(text, line);) lines.push_back(line);
   return lines;
 }
 

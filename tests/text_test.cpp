@@ -1,8 +1,10 @@
+#include <gtest/gtest.h>
+
 #include <climits>
 
-#include "esd/util/change_diff_type.h"
 #include "esd/util/format_string.h"
-#include "tests/test_support.h"
+#include "esd/util/path.h"
+#include "welko/path.h"
 
 namespace {
 
@@ -20,14 +22,14 @@ TEST(FormatString, ReplacesNumberedPlaceholders) {
   }
 }
 
-TEST(ChangeDiffType, LeavesTheTargetWhereATextIsNoInteger) {
-  constexpr std::pair<const char*, int> kCases[] = {{" +07\n", 7},     {"-2147483648", INT_MIN},
-                                                    {"2147483648", 5}, {"0x10", 5},
-                                                    {"4 2", 5},        {" ", 5}};
-  for (const auto& [text, value] : kCases) {
-    int out = 5;
-    EXPECT_EQ((esd::ChangeDiffTypeImpl<const char*, int>::ChangeType(text, out)), value != 5);
-    EXPECT_EQ(out, value) << text;
+TEST(Paths, JoinDropsOneLeadingSlashAndAppendDropsAll) {
+  constexpr const char* kCases[][4] = {
+      {"/a/", "//b", "/a//b", "/a/b"}, {"/a", "", "/a/", "/a"}, {"", "b", "/b", ""}};
+  for (const auto& [path, name, joined, appended] : kCases) {
+    EXPECT_EQ(esd::JoinPath(path, name), joined);
+    std::string result = path;
+    welko::AppendPathComponent(result, name);
+    EXPECT_EQ(result, appended) << path << " and " << name;
   }
 }
 

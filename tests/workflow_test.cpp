@@ -18,6 +18,8 @@ constexpr const char* kLatest =
     "latest record=4 name=MondoUpdater version=" WAKERLY_VERSION " reserved=0";
 constexpr const char* kInvoke = "invoke record=4 name=MondoUpdater reserved=0";
 constexpr const char* kEnded = "Error encountered in Kodo WorkFlow = std::exception";
+constexpr const char* kUnknown = "Unknown Error encountered in Kodo WorkFlow ";
+const std::string kThrown = "Error encountered in Kodo WorkFlow = thrown by ";
 
 // The launcher's lines of a log, less what all of them begin with.
 Lines LauncherMessages(const Lines& log) {
@@ -57,49 +59,105 @@ Lines operator+(Lines first, const Lines& second) {
   return first;
 }
 
+const Lines kCalls = {"loaded", kLatest, "callback code=0", kInvoke, "release", "unloaded"};
+
 INSTANTIATE_TEST_SUITE_P(
     Table, WorkflowTest,
     testing::Values(
-        Workflow{"CallbackBeforeTheWait",
-                 {},
-                 kAnswered + kDone,
-                 {"loaded", kLatest, "callback code=0", kInvoke, "release", "unloaded"}},
+        Workflow{"CallbackBeforeTheWait", {}, kAnswered + kDone, kCalls},
         Workflow{"CallbackDuringTheWait",
                  {{"KDUPDATER_CALLBACK", "thread"}, {"KDUPDATER_CALLBACK_DELAY_MS", "300"}},
                  kAnswered + kDone,
-                 {"loaded", kLatest, "callback code=0", kInvoke, "release", "unloaded"}},
-        Workflow{"CallbackAgainAfterTheWait",
-                 {{"KDUPDATER_CALLBACK_AGAIN", "release"}},
-                 kAnswered + kDone,
-                 {"loaded", kLatest, "callback code=0", kInvoke, "release", "callback code=0",
-                  "unloaded"}},
-        Workflow{"CallbackAfterTheLauncherIsGone",
-                 {{"KDUPDATER_CALLBACK_AGAIN", "unload"}, {"KDUPDATER_CALLBACK_CODE", "7"}},
-                 kAnswered + Lines{"VantreKD_CFUCallbackFn returned error code  = 7", kEnded},
-                 {"loaded", kLatest, "callback code=7", "callback code=7", "unloaded"}},
-        Workflow{"CallbackWithTheHighestCode",
-                 {{"KDUPDATER_CALLBACK_CODE", "0xFFFFFFFF"}},
+                 kCalls},
+        Workflow{"CallbackTwiceBeforeTheWait",
+                 {{"KDUPDATER_CALLBACK", "request,request"},
+                  {"KDUPDATER_CALLBACK_CODE", "0,0xFFFFFFFF"}},
                  kAnswered + Lines{"VantreKD_CFUCallbackFn returned error code  = -1", kEnded},
-                 {"loaded", kLatest, "callback code=4294967295", "unloaded"}},
+                 {"loaded", kLatest, "callback code=0", "callback code=4294967295", "unloaded"}},
+        Workflow{
+            "CallbackAgainAfterTheWait",
+            {{"KDUPDATER_CALLBACK", "request,release,unload"}, {"KDUPDATER_CALLBACK_CODE", "0,1"}},
+            kAnswered + kDone,
+            {"loaded", kLatest, "callback code=0", kInvoke, "release", "callback code=1",
+             "callback code=1", "unloaded"}},
+        Workflow{
+            "CallbackAfterTheLauncherIsGone",
+            {{"KDUPDATER_CALLBACK", "request,unload"}, {"KDUPDATER_CALLBACK_CODE", "0x7FFFFFFF,1"}},
+            kAnswered + Lines{"VantreKD_CFUCallbackFn returned error code  = 2147483647", kEnded},
+            {"loaded", kLatest, "callback code=2147483647", "callback code=1", "unloaded"}},
         Workflow{"RequestAnsweredWithZero",
                  {{"KDUPDATER_LATEST_RESULT", "0"}},
                  kAsked + Lines{"VantreKD_GetLatestKDApplication returned error code  = 0", kEnded},
                  {"loaded", kLatest, "unloaded"}},
-        Workflow{"RequestThrowsAnException",
-                 {{"KDUPDATER_LATEST_THROWS", "exception"}},
-                 kAsked + Lines{"Error encountered in Kodo WorkFlow = no latest application"},
-                 {"loaded", kLatest, "unloaded"}},
+        Workflow{"RequestThrowsAndTheCallbackComesLate",
+                 {{"KDUPDATER_THROWS", "latest:exception"},
+                  {"KDUPDATER_CALLBACK", "thread"},
+                  {"KDUPDATER_CALLBACK_DELAY_MS", "300"}},
+                 kAsked + Lines{kThrown + "latest"},
+                 {"loaded", kLatest, "callback code=0", "unloaded"}},
         Workflow{"RequestThrowsSomethingElse",
-                 {{"KDUPDATER_LATEST_THROWS", "other"}},
-                 kAsked + Lines{"Unknown Error encountered in Kodo WorkFlow "},
-                 {"loaded", kLatest, "unloaded"}},
+                 {{"KDUPDATER_THROWS", "latest:other"}},
+                 kAsked + Lines{kUnknown},
+                 {"loaded", kLatest, "callback code=0", "unloaded"}},
         Workflow{"InvokeFails",
-                 {{"KDUPDATER_INVOKE_RESULT", "5"}},
+                 {{"KDUPDATER_INVOKE_RESULT", "0xFFFFFFFF"}},
                  kAnswered +
-                     Lines{kDone[0], "VantreKD_InvokeApplication returned error code  = 5"} +
+                     Lines{kDone[0], "VantreKD_InvokeApplication returned error code  = -1"} +
                      Lines(kDone.begin() + 1, kDone.end()),
-                 {"loaded", kLatest, "callback code=0", kInvoke, "release", "unloaded"}}),
+                 kCalls},
+        Workflow{"InvokeThrows",
+                 {{"KDUPDATER_THROWS", "invoke:exception"}},
+                 kAnswered + Lines{kDone[0], kThrown + "invoke"},
+                 {"loaded", kLatest, "callback code=0", kInvoke, "unloaded"}},
+        Workflow{"InvokeThrowsAnExceptionWithoutAText",
+                 {{"KDUPDATER_THROWS", "invoke:mute"}},
+                 kAnswered + Lines{kDone[0], "Error encountered in Kodo WorkFlow = "},
+                 {"loaded", kLatest, "callback code=0", kInvoke, "unloaded"}},
+        Workflow{"InvokeThrowsSomethingElse",
+                 {{"KDUPDATER_THROWS", "invoke:other"}},
+                 kAnswered + Lines{kDone[0], kUnknown},
+                 {"loaded", kLatest, "callback code=0", kInvoke, "unloaded"}},
+        Workflow{"ReleaseThrows",
+                 {{"KDUPDATER_THROWS", "release:exception"}},
+                 kAnswered + Lines{kDone[0], kDone[1], kThrown + "release"},
+                 kCalls},
+        Workflow{"ReleaseThrowsSomethingElse",
+                 {{"KDUPDATER_THROWS", "release:other"}},
+                 kAnswered + Lines{kDone[0], kDone[1], kUnknown},
+                 kCalls}),
     [](const auto& test) { return test.param.name; });
+
+// The log's path is relative, the home folder is closed to other users, and the client library
+// meddles before most of the lines are written.
+TEST_F(RunTest, EndsTheWorkflowAsEverWhateverTheLibraryMeddlesWith) {
+  InstallLibrary();
+  fs::current_path(top);
+  WriteFile(prefs, PrefsText({{"StartupLogFile", "logs/run.log"}, {"LogLevel", "2"}}));
+  WriteFile(top / "foreign.source",
+            "LC_TIME\nd_fmt \"%Y-%m-%d\"\nt_fmt \"%H.%M.%S\"\nEND LC_TIME\n"
+            "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3;3\nEND LC_NUMERIC\n");
+  // The status says only that other categories are missing.
+  std::system("localedef --force --quiet --inputfile=foreign.source ./foreign");
+  ASSERT_TRUE(fs::exists("foreign/LC_TIME"));
+  setenv("LOCPATH", top.c_str(), 1);
+  setenv("LC_ALL", "foreign", 1);
+  setenv("KDUPDATER_INVOKE_RESULT", "0x7FFFFFFF", 1);
+  Lines undisturbed;
+  for (const char* what : {"", "euid", "folder", "locale", "signals", "thread"}) {
+    SCOPED_TRACE(what);
+    WriteFile("logs/run.log", "");
+    WriteFile(top / "library.trace", "");
+    // The search for leaks fails in a process of two users.
+    const Outcome outcome =
+        Run({"-mode=scheduled"}, {{"KDUPDATER_MEDDLES", what}, {"LSAN_OPTIONS", "detect_leaks=0"}});
+    const Lines lines = ReadLog("logs/run.log");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.library, kCalls);
+    EXPECT_THAT(LauncherMessages(lines), testing::IsSupersetOf(kAnswered + kDone));
+    if (undisturbed.empty()) undisturbed = lines;
+    EXPECT_EQ(lines, undisturbed);
+  }
+}
 
 TEST_F(RunTest, EndsTheWorkflowWhenTheLibraryIsMissingOrIsNone) {
   const Lines expected = {"inside initialize.",

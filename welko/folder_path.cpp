@@ -119,9 +119,9 @@ bool GetFolderPath(unsigned folderId, std::string& out) {
 
 bool FindSystemFolder(platform::FolderDomain domain, platform::FolderType folderType,
                       std::string& out) {
-  constexpr std::size_t kPathBuffer = 1024;  // with the terminating zero
-  std::optional<std::string> path = platform::FindFolder(domain, folderType, true);
-  if (!path || path->size() >= kPathBuffer) return false;
+  constexpr std::size_t kPathSize = 1024;
+  std::optional<std::string> path = platform::FindFolder(domain, folderType, true, kPathSize);
+  if (!path) return false;
   out = *std::move(path);
   return true;
 }

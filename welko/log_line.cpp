@@ -34,7 +34,8 @@ std::string FormatLogLine(std::int64_t time_ms, int level, const LogContext& con
   char milliseconds[8];
   std::snprintf(milliseconds, sizeof milliseconds, ":%.3d", static_cast<int>(time_ms % 1000));
 
-  std::string line = FormatLocalTime("%x %X", time_ms / 1000) + milliseconds;
+  // As "%x %X" prints in the C locale, which a loaded library may have exchanged for another.
+  std::string line = FormatLocalTime("%m/%d/%y %H:%M:%S", time_ms / 1000) + milliseconds;
   line.append(separator).append("[").append(LogLevelName(level)).append("]");
   for (const char* text : context) line.append(separator).append(text != nullptr ? text : "");
   line.append(separator).append(thread_id);

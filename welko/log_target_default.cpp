@@ -61,6 +61,8 @@ bool LogTargetDefault::OpenStream(std::fstream& stream) {
   struct stat status {};
   const bool existed = lstat(file_path_.c_str(), &status) == 0;
   if (stream.is_open()) stream.close();
+  // Opening a FIFO waits for a reader, and nothing but a file can be rolled over.
+  if (stat(file_path_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) return false;
   stream.open(file_path_, std::ios::out | std::ios::app);
   if (!existed && stream.good() && chmod(file_path_.c_str(), 0666) != 0) {
     std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));

@@ -213,9 +213,13 @@ bool PrefsWriter::ReplaceFile(const std::string& text) {
 // Remembers the file's time, which must not be one that another process may have loaded the file
 // with: two saves can fall into one tick of the clock, and the clock can be set back.
 void PrefsWriter::KeepStamp() {
+  constexpr std::uint64_t kSecond = 1'000'000'000;
+  const std::uint64_t next_second = (last_modification_time_ / kSecond + 1) * kSecond;
   std::uint64_t stamp = 0;
-  if (GetModificationStamp(prefs_path_, stamp) && stamp <= last_modification_time_) {
-    SetModificationStamp(prefs_path_, last_modification_time_ + 1);
+  // Some file systems keep nothing finer than a second.
+  for (const std::uint64_t newer : {last_modification_time_ + 1, next_second}) {
+    if (!GetModificationStamp(prefs_path_, stamp) || stamp > last_modification_time_) break;
+    SetModificationStamp(prefs_path_, newer);
   }
   GetModificationStamp(prefs_path_, last_modification_time_);
 }

@@ -6,6 +6,7 @@
 #define ESD_UTIL_CHANGE_DIFF_TYPE_H_
 
 #include <istream>
+#include <locale>
 #include <sstream>
 #include <utility>
 
@@ -18,6 +19,8 @@ struct ChangeDiffTypeImpl {
   /// white space follows it.
   static bool ChangeType(const From& in, To& out) {
     std::stringstream stream;
+    // Whatever a loaded library has made the global locale.
+    stream.imbue(std::locale::classic());
     if (!(stream << in)) return false;
     To value{};
     if (!(stream >> value)) return false;

@@ -11,8 +11,8 @@ namespace esd {
 /// An input file. Whether it opened is asked of the inner stream.
 class ESDifstream {
  public:
-  /// Opens `path`, positioned at its end. `mode` is a C mode such as "rb", kept for the callers'
-  /// sake and not used.
+  /// Opens the file `path`, positioned at its end; a folder, FIFO or device does not open. `mode`
+  /// is a C mode such as "rb", kept for the callers' sake and not used.
   ESDifstream(const std::string& path, const char* mode,
               std::ios::openmode open_mode = std::ios::binary | std::ios::ate);
   virtual ~ESDifstream();
@@ -31,8 +31,8 @@ class ESDifstream {
 /// An output file. Whether it opened, and whether all was written, is asked of the inner stream.
 class ESDofstream {
  public:
-  /// Creates or truncates `path`. `mode` is a C mode such as "wb", kept for the callers' sake and
-  /// not used.
+  /// Creates or truncates the file `path`; a folder, FIFO or device does not open. `mode` is a C
+  /// mode such as "wb", kept for the callers' sake and not used.
   ESDofstream(const std::string& path, const char* mode,
               std::ios::openmode open_mode = std::ios::binary);
   virtual ~ESDofstream();

@@ -63,12 +63,14 @@ std::optional<std::string> PathOf(FolderDomain domain, FolderType type) {
 
 }  // namespace
 
-std::optional<std::string> FindFolder(FolderDomain domain, FolderType type, bool create) {
+std::optional<std::string> FindFolder(FolderDomain domain, FolderType type, bool create,
+                                      std::size_t path_size) {
   std::optional<std::string> path = PathOf(domain, type);
   if (!path) return std::nullopt;
   std::error_code ignored;
   if (create) std::filesystem::create_directories(*path, ignored);
   if (!std::filesystem::is_directory(*path, ignored)) return std::nullopt;
+  if (path_size != kAnySize && path->size() >= path_size) return std::nullopt;
   return path;
 }
 

@@ -16,16 +16,21 @@ std::optional<std::string> Utf8Text(const char* bytes) {
   return bytes;
 }
 
-std::optional<std::string> PathOf(const FSRef& folder) {
+OSStatus MakePath(const FSRef& folder, std::string& buffer) {
+  return FSRefMakePath(&folder, reinterpret_cast<UInt8*>(buffer.data()),
+                       static_cast<UInt32>(buffer.size()));
+}
+
+std::optional<std::string> PathOf(const FSRef& folder, std::size_t path_size) {
   // What File Manager says of a buffer that is too small.
   constexpr OSStatus kBufferTooSmall = -2110;
   constexpr OSStatus kPathTooLong = -210;
-  OSStatus status = kBufferTooSmall;
-  std::string buffer(128, '\0');
-  while (status == kBufferTooSmall || status == kPathTooLong) {
+  constexpr std::size_t kFirstSize = 256;
+  std::string buffer(path_size == kAnySize ? kFirstSize : path_size, '\0');
+  OSStatus status = MakePath(folder, buffer);
+  while (path_size == kAnySize && (status == kBufferTooSmall || status == kPathTooLong)) {
     buffer.resize(2 * buffer.size());
-    status = FSRefMakePath(&folder, reinterpret_cast<UInt8*>(buffer.data()),
-                           static_cast<UInt32>(buffer.size()));
+    status = MakePath(folder, buffer);
   }
   if (status != noErr) return std::nullopt;
   return Utf8Text(buffer.c_str());
@@ -33,14 +38,15 @@ std::optional<std::string> PathOf(const FSRef& folder) {
 
 }  // namespace
 
-std::optional<std::string> FindFolder(FolderDomain domain, FolderType type, bool create) {
+std::optional<std::string> FindFolder(FolderDomain domain, FolderType type, bool create,
+                                      std::size_t path_size) {
   @autoreleasepool {
     FSRef folder;
     if (FSFindFolder(static_cast<FSVolumeRefNum>(domain), type,
                      create ? kCreateFolder : kDontCreateFolder, &folder) != noErr) {
       return std::nullopt;
     }
-    return PathOf(folder);
+    return PathOf(folder, path_size);
   }
 }
 

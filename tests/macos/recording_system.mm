@@ -11,7 +11,8 @@
 // The look-up of Linux, under a name of its own.
 namespace linux_platform {
 enum class FolderDomain : std::int16_t;
-std::optional<std::string> FindFolder(FolderDomain domain, std::uint32_t type, bool create);
+std::optional<std::string> FindFolder(FolderDomain domain, std::uint32_t type, bool create,
+                                      std::size_t path_size);
 }  // namespace linux_platform
 
 namespace {
@@ -78,7 +79,8 @@ void CFRelease(CFTypeRef object) {
 
 OSErr FSFindFolder(FSVolumeRefNum volume, OSType type, Boolean create, FSRef* found) {
   Record("FSFindFolder ", std::dec, volume, " ", Code(type), " ", int{create});
-  const auto path = linux_platform::FindFolder(linux_platform::FolderDomain{volume}, type, create);
+  const auto path =
+      linux_platform::FindFolder(linux_platform::FolderDomain{volume}, type, create, 0);
   if (!path) return -43;  // fnfErr
   *found = MakeRef(*path);
   return noErr;

@@ -41,10 +41,13 @@ TEST_F(Recordings, FileManagerIsAskedForTheFolderAndAgainForALongerPath) {
   using platform::FolderDomain;
   platform::FindFolder(FolderDomain::kUser, platform::kRootFolderType, false);
   setenv("WAKERLY_ROOT", (top / std::string(200, 'a') / std::string(200, 'b')).c_str(), 1);
-  platform::FindFolder(FolderDomain::kLocal, platform::kUtilitiesFolderType, true);
-  EXPECT_THAT(system.calls, ElementsAre("FSFindFolder -32763 root 0", "FSRefMakePath 256",
-                                        "FSFindFolder -32765 uti\xC4 1", "FSRefMakePath 256",
-                                        "FSRefMakePath 512"));
+  for (const std::size_t size : {platform::kAnySize, std::size_t{300}, std::size_t{1024}}) {
+    platform::FindFolder(FolderDomain::kLocal, platform::kUtilitiesFolderType, true, size);
+  }
+  const std::string find = "FSFindFolder -32765 uti\xC4 1";
+  EXPECT_THAT(system.calls, ElementsAre("FSFindFolder -32763 root 0", "FSRefMakePath 256", find,
+                                        "FSRefMakePath 256", "FSRefMakePath 512", find,
+                                        "FSRefMakePath 300", find, "FSRefMakePath 1024"));
 }
 
 TEST_F(Recordings, PathsThatAreNotUtf8AreNone) {

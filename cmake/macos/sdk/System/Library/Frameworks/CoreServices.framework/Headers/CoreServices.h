@@ -26,6 +26,7 @@ enum : LSLaunchFlags {
   kLSLaunchNewInstance = 0x00080000
 };
 
+#pragma pack(push, 2)
 struct LSApplicationParameters {
   CFIndex version;
   LSLaunchFlags flags;
@@ -35,7 +36,9 @@ struct LSApplicationParameters {
   CFArrayRef argv;
   AppleEvent* initialEvent;
 };
+#pragma pack(pop)
 typedef struct LSApplicationParameters LSApplicationParameters;
+static_assert(sizeof(LSApplicationParameters) == 52, "as Launch Services reads it");
 
 OSErr FSFindFolder(FSVolumeRefNum volume, OSType folderType, Boolean createFolder, FSRef* found);
 OSStatus FSPathMakeRef(const UInt8* path, FSRef* reference, Boolean* isDirectory);
