@@ -64,6 +64,9 @@ struct Fault {
   bool keeps;  // whether the preferences stay as they are
 };
 
+// GoogleTest would print the bytes.
+void PrintTo(const Fault& fault, std::ostream* out) { *out << fault.name; }
+
 class FaultTest : public RunTest, public testing::WithParamInterface<Fault> {
  protected:
   FaultTest() {

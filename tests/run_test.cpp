@@ -76,6 +76,9 @@ struct Decision {
   bool launched;
 };
 
+// GoogleTest would print the bytes.
+void PrintTo(const Decision& decision, std::ostream* out) { *out << decision.name; }
+
 class RunDecision : public RunTest, public testing::WithParamInterface<Decision> {};
 
 TEST_P(RunDecision, StartsTheNotifierOrNotAndAlwaysTheClientLibrary) {
@@ -140,6 +143,8 @@ struct Setting {
   const char* level;
   std::size_t lines;  // on top of the header
 };
+
+void PrintTo(const Setting& setting, std::ostream* out) { *out << setting.name; }
 
 class RunLogLevel : public RunTest, public testing::WithParamInterface<Setting> {};
 

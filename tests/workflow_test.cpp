@@ -38,6 +38,9 @@ struct Workflow {
   Lines called;
 };
 
+// GoogleTest would print the bytes.
+void PrintTo(const Workflow& workflow, std::ostream* out) { *out << workflow.name; }
+
 class WorkflowTest : public RunTest, public testing::WithParamInterface<Workflow> {};
 
 TEST_P(WorkflowTest, LogsAndCalls) {
