@@ -26,7 +26,10 @@ bool SpawnDetached(const char* path) {
   posix_spawnattr_setsigmask(&attributes, &no_signals);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK);
   char* const arguments[] = {const_cast<char*>(path), nullptr};
-  return posix_spawn(nullptr, path, &files, &attributes, arguments, environ) == 0;
+  const bool started = posix_spawn(nullptr, path, &files, &attributes, arguments, environ) == 0;
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&files);
+  return started;
 }
 
 }  // namespace
