@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <regex>
+
 #include "driver/check_window.h"
 #include "driver/startup_logging.h"
 #include "esd/log/updater_log.h"
@@ -32,6 +34,45 @@ TEST_F(UpdaterPrefs, HaveDefaultsAndOneFile) {
   EXPECT_TRUE(own.GetUpdaterDailyScheduledTimeHHPref().IsDefault(2));
   EXPECT_TRUE(own.GetProxyPortPref().Set("1"));
   EXPECT_EQ(test::Names(prefs_folder), std::vector<std::string>{"VantreUpdaterOrlaneePrefs.dat"});
+}
+
+template <typename T>
+std::string DefaultOf(esd::BasicPref<T>& pref) {
+  T value{};
+  EXPECT_TRUE(pref.Get(value));
+  return (std::ostringstream() << value).str();
+}
+template <typename V>
+std::string DefaultOf(esd::MapPref<std::string, V>& /*pref*/) {
+  return "";
+}
+
+TEST_F(UpdaterPrefs, AreListedInTheirDocumentWithTypeAndDefault) {
+  const std::map<std::string, std::string> types = {{"BoolPref", "boolean"},
+                                                    {"IntPref", "whole number"},
+                                                    {"CountPref", "count"},
+                                                    {"StringPref", "text"},
+                                                    {"BoolMapPref", "map of booleans"},
+                                                    {"StringMapPref", "map of texts"}};
+  VantreUpdaterPrefs& own = VantreUpdaterPrefs::GetInstance(false);
+  std::vector<std::string> schema, document;
+  const auto add = [&](const char* type, const std::string& key, std::string value) {
+    for (const auto& [folder, name] : Entries{{prefs_folder, "F"}, {home, "~"}}) {
+      if (value.starts_with(folder)) value.replace(0, folder.size(), name);
+    }
+    if (!value.empty()) value = " `" + value + "`";
+    schema.push_back("| `" + key + "` | " + types.at(type) + " |" + value + " |");
+  };
+#define VANTRE_ADD(Type, key, ...) add(#Type, #key, DefaultOf(own.Get##key##Pref()));
+  VANTRE_UPDATER_PREFS(VANTRE_ADD)
+#undef VANTRE_ADD
+  const std::regex row(
+      R"((\| `\w+` \| (?:boolean|whole number|count|text|map of \w+) \|[^|]*\|).*)");
+  for (const std::string& line : test::ReadLines(PREFERENCES_DOCUMENT)) {
+    std::smatch match;
+    if (std::regex_match(line, match, row)) document.push_back(match[1]);
+  }
+  EXPECT_EQ(document, schema);
 }
 
 TEST_F(UpdaterPrefs, AreWipedWhenTheUninstallStampDiffers) {
