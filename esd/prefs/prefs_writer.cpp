@@ -24,12 +24,12 @@ using ElementNamed = NodeName_t<std::string, std::equal_to<std::string>>;
 // The bytes of a file, or nothing when it cannot be read.
 std::optional<std::string> ReadBytes(const std::string& path) {
   ESDifstream file(path, "rb");
-  if (!file.stream()->is_open()) return std::nullopt;
-  file.stream()->seekg(0);
-  std::ostringstream bytes;
-  if (file.stream()->peek() != std::ifstream::traits_type::eof()) bytes << file.stream()->rdbuf();
-  if (!bytes) return std::nullopt;
-  return bytes.str();
+  std::ifstream& stream = *file.stream();
+  const std::streamoff size = stream.seekg(0, std::ios::end).tellg();
+  if (size < 0) return std::nullopt;
+  std::string bytes(static_cast<std::size_t>(size), '\0');
+  stream.seekg(0).read(bytes.data(), size);
+  return stream ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
 // Creates or truncates a file. Nothing when it cannot be opened, else whether every byte was
@@ -201,9 +201,11 @@ bool PrefsWriter::Save() {
 bool PrefsWriter::ReplaceFile(const std::string& text) {
   const bool existed = ObjectExistsAtPath(prefs_path_);
   const std::optional<std::string> former = existed ? ReadBytes(prefs_path_) : std::nullopt;
+  // What cannot be put back is not overwritten either.
+  if (existed && !former) return false;
   const std::optional<bool> written = WriteBytes(prefs_path_, text);
   if (!written) return false;
-  if (!*written && former) WriteBytes(prefs_path_, *former);
+  if (!*written && existed) WriteBytes(prefs_path_, *former);
   if (!*written && !existed) DeletePath(prefs_path_);
   // Bytes that were put back are no news either: the document keeps its change.
   KeepStamp();
