@@ -1,7 +1,6 @@
 #include "welko/log_line.h"
 
 #include <chrono>
-#include <cstdio>
 #include <ctime>
 
 #include "welko/log_level.h"
@@ -22,6 +21,20 @@ std::string FormatLocalTime(const char* format, std::int64_t seconds) {
   return std::string(text, std::strftime(text, sizeof text, format, &local));
 }
 
+namespace {
+
+// The text of a second, which many lines share and which costs more than the rest of a line. As
+// "%x %X" prints in the C locale, which a loaded library may have exchanged for another.
+const std::string& SecondText(std::int64_t seconds) {
+  thread_local std::int64_t known = -1;
+  thread_local std::string text;
+  if (seconds != known) text = FormatLocalTime("%m/%d/%y %H:%M:%S", seconds);
+  known = seconds;
+  return text;
+}
+
+}  // namespace
+
 std::string FormatLogLine(std::int64_t time_ms, int level, const LogContext& context,
                           const std::string& thread_id, std::string message,
                           const std::string& separator) {
@@ -31,11 +44,11 @@ std::string FormatLogLine(std::int64_t time_ms, int level, const LogContext& con
   } else {
     MaskCredentials(message);
   }
-  char milliseconds[8];
-  std::snprintf(milliseconds, sizeof milliseconds, ":%.3d", static_cast<int>(time_ms % 1000));
-
-  // As "%x %X" prints in the C locale, which a loaded library may have exchanged for another.
-  std::string line = FormatLocalTime("%m/%d/%y %H:%M:%S", time_ms / 1000) + milliseconds;
+  constexpr std::size_t kFieldsBeforeMessage = 160;  // rarely more
+  std::string line;
+  line.reserve(kFieldsBeforeMessage + message.size());
+  line = SecondText(time_ms / 1000);
+  line.append(":").append(std::to_string(1000 + time_ms % 1000), 1);  // three digits
   line.append(separator).append("[").append(LogLevelName(level)).append("]");
   for (const char* text : context) line.append(separator).append(text != nullptr ? text : "");
   line.append(separator).append(thread_id);

@@ -148,6 +148,6 @@ bool LogTargetDefault::CheckRollOver() {
   return reopened;
 }
 
-bool LogTargetDefault::IsFileEmpty() const { return FileSize(file_path_) == 0; }
+bool LogTargetDefault::IsFileEmpty() { return stream_.rdbuf()->pubseekoff(0, std::ios::end) == 0; }
 
 }  // namespace welko

@@ -39,7 +39,7 @@ class LogTargetDefault : public LogTargetBase {
 
  private:
   bool CheckRollOver();
-  bool IsFileEmpty() const;
+  bool IsFileEmpty();
 
   std::unique_ptr<LogFileLock> file_lock_;
   HeaderBlock header_;

@@ -68,8 +68,12 @@ std::optional<std::string> FindFolder(FolderDomain domain, FolderType type, bool
   std::optional<std::string> path = PathOf(domain, type);
   if (!path) return std::nullopt;
   std::error_code ignored;
-  if (create) std::filesystem::create_directories(*path, ignored);
-  if (!std::filesystem::is_directory(*path, ignored)) return std::nullopt;
+  bool exists = std::filesystem::is_directory(*path, ignored);
+  if (!exists && create) {
+    std::filesystem::create_directories(*path, ignored);
+    exists = std::filesystem::is_directory(*path, ignored);
+  }
+  if (!exists) return std::nullopt;
   if (path_size != kAnySize && path->size() >= path_size) return std::nullopt;
   return path;
 }
