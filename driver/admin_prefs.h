@@ -10,6 +10,7 @@
 
 namespace wakerly {
 
+/// The store of the administrator's preferences, which Wakerly only reads. One thread uses it.
 class VantreUpdaterAdminPrefs : public esd::PrefsWriter {
  public:
   /// The process's one instance, made on the first call and destroyed when the process ends. Throws

@@ -12,17 +12,17 @@ extern "C" {
 
 /// Asks for the latest version of an application.
 struct VantreKDLatestApplicationRequest {
-  std::uint32_t record_version;
-  const char* application_name;
-  const char* application_version;
-  std::uint64_t reserved[3];
+  std::uint32_t record_version;     ///< kKDRecordVersion
+  const char* application_name;     ///< the application that is asked about
+  const char* application_version;  ///< the version of the program that asks
+  std::uint64_t reserved[3];        ///< 0
 };
 
 /// Asks to run an application.
 struct VantreKDInvokeRequest {
-  std::uint32_t record_version;
-  const char* application_name;
-  std::uint64_t reserved;
+  std::uint32_t record_version;  ///< kKDRecordVersion
+  const char* application_name;  ///< the application to run
+  std::uint64_t reserved;        ///< 0
 };
 
 /// Receives the outcome of a latest-application request, 0 for success, on any thread.
@@ -39,7 +39,9 @@ using VantreKDReleaseRef = std::uint32_t();
 
 }  // extern "C"
 
+/// The version of the records that stand here.
 inline constexpr std::uint32_t kKDRecordVersion = 4;
+/// The result of a latest-application request whose outcome comes through the callback.
 inline constexpr std::uint32_t kKDRequestTaken = 0x102;
 
 static_assert(sizeof(VantreKDLatestApplicationRequest) == 48);

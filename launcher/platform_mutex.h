@@ -13,10 +13,13 @@ namespace wakerly {
 /// Meets the standard library's BasicLockable.
 class PlatformMutex {
  public:
+  /// A free lock. One with an empty `name` must not be locked again by the thread that holds it.
   explicit PlatformMutex(const std::string& name)
       : named_(name.empty() ? nullptr : std::make_unique<platform::NamedRecursiveLock>(name)) {}
 
+  /// Waits while another thread holds the lock.
   void lock() { named_ ? named_->lock() : plain_.lock(); }
+  /// Takes back one lock() of the calling thread, which must hold the lock.
   void unlock() { named_ ? named_->unlock() : plain_.unlock(); }
 
  private:

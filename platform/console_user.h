@@ -7,8 +7,9 @@
 
 namespace platform {
 
+/// A user by the numbers that the system knows users by.
 struct ConsoleUser {
-  std::uint32_t uid;
+  std::uint32_t uid;  ///< as seteuid(2) takes it
   std::uint32_t gid;  ///< the user's primary group
 };
 

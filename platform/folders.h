@@ -12,19 +12,22 @@
 
 namespace platform {
 
-/// Whose folder is asked for. Values: File Manager's kUserDomain and kLocalDomain (Folders.h).
+/// Whose folder is asked for: that of the user the process acts as, or that of the whole machine.
+/// Values: File Manager's kUserDomain and kLocalDomain (Folders.h).
 enum class FolderDomain : std::int16_t { kUser = -32763, kLocal = -32765 };
 
 /// A four-character code, first character in the highest byte.
 using FolderType = std::uint32_t;
 
+/// The code that File Manager writes as `text`, such as "asup"; bytes above 127 are Mac OS Roman.
 constexpr FolderType FourCharCode(const char (&text)[5]) {
   FolderType code = 0;
   for (int i = 0; i < 4; ++i) code = code << 8 | static_cast<unsigned char>(text[i]);
   return code;
 }
 
-// Values: Folders.h of CoreServices.
+/// The folders that can be asked for; not every domain has each. Values: Folders.h of CoreServices.
+///@{
 inline constexpr FolderType kRootFolderType = FourCharCode("root");
 inline constexpr FolderType kDesktopFolderType = FourCharCode("desk");
 inline constexpr FolderType kDocumentsFolderType = FourCharCode("docs");
@@ -38,6 +41,7 @@ inline constexpr FolderType kUtilitiesFolderType = FourCharCode("uti\xC4");
 inline constexpr FolderType kSharedUserDataFolderType = FourCharCode("sdat");
 inline constexpr FolderType kPerUserTemporaryFolderType = FourCharCode("flnt");
 inline constexpr FolderType kUserTemporaryFolderType = FourCharCode("utmp");
+///@}
 
 /// Room for a path of any length.
 inline constexpr std::size_t kAnySize = 0;

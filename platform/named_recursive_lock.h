@@ -11,12 +11,15 @@ namespace platform {
 /// unlock it as often.
 class NamedRecursiveLock {
  public:
+  /// A free lock called `name`. Debuggers show the name on macOS; it identifies nothing.
   explicit NamedRecursiveLock(const std::string& name);
   ~NamedRecursiveLock();
   NamedRecursiveLock(const NamedRecursiveLock&) = delete;
   NamedRecursiveLock& operator=(const NamedRecursiveLock&) = delete;
 
+  /// Waits while another thread holds the lock.
   void lock();
+  /// Takes back one lock() of the calling thread, which must hold the lock.
   void unlock();
 
  private:

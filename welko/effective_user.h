@@ -10,6 +10,7 @@ namespace welko {
 /// switch concerns all threads of the process.
 class EffectiveUser {
  public:
+  /// Tries the switch; switched() tells whether it was allowed.
   explicit EffectiveUser(uid_t user);
   ~EffectiveUser();
   EffectiveUser(const EffectiveUser&) = delete;

@@ -10,10 +10,11 @@
 
 namespace welko {
 
+/// The texts of the block. Each line and each entry becomes the message of one log line.
 struct HeaderBlock {
-  std::string top_line;
+  std::string top_line;                                      ///< a rule above the entries
   std::vector<std::pair<std::string, std::string>> entries;  ///< label and value, in writing order
-  std::string bottom_line;
+  std::string bottom_line;                                   ///< a rule below the entries
 
   /// Takes the lines of `other` in place of its own, and its entries: the value of a label that is
   /// here already replaces the one here, a new label goes to the end.

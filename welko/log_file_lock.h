@@ -23,6 +23,7 @@ class LogFileLock {
     Hold(const Hold&) = delete;
     Hold& operator=(const Hold&) = delete;
 
+    /// Whether the lock is held.
     explicit operator bool() const { return lock_ != nullptr; }
 
    private:

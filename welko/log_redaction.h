@@ -12,9 +12,8 @@ namespace welko {
 bool HoldsToken(std::string_view message);
 
 /// Puts "****" in place of what stands between the tags of each credential element, such as
-/// "<user>" and
-/// "</user>", whatever the letters' case. Only an element's first opening and first closing tag
-/// count; an empty element, and one whose closing tag comes first, is left alone.
+/// "<user>" and "</user>", whatever the letters' case. Only an element's first opening and first
+/// closing tag count; an empty element, and one whose closing tag comes first, is left alone.
 void MaskCredentials(std::string& message);
 
 }  // namespace welko

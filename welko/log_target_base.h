@@ -50,22 +50,24 @@ class LogTargetBase {
   /// null.
   bool SetLogFile(const char* fileName, const char* folder);
 
+  /// The name that lines are written to it by; the target keeps it for life.
   const std::string& GetName() const { return name_; }
 
   /// Counts one more user of the target.
   void AddRef();
 
  protected:
+  /// A target at level kLogInfo, without a name and a path.
   LogTargetBase();
 
-  std::string name_;
-  std::string separator_ = " | ";
-  std::string file_name_ = "Welko.log";
-  std::string file_path_;
-  int level_ = 0;
-  std::fstream stream_;
-  bool enabled_ = true;
-  bool opened_ = false;
+  std::string name_;                     ///< see GetName
+  std::string separator_ = " | ";        ///< between the fields of a line
+  std::string file_name_ = "Welko.log";  ///< the last component of the path, and its default
+  std::string file_path_;                ///< empty until SetLogFile or Open chooses one
+  int level_ = 0;                        ///< the threshold, switch files reckoned in
+  std::fstream stream_;                  ///< open on the file between Open and Close
+  bool enabled_ = true;                  ///< false when SetLogFile was refused its file
+  bool opened_ = false;                  ///< between a successful Open and Close
 
  private:
   std::int32_t use_count_ = 0;

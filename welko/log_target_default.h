@@ -13,6 +13,7 @@
 
 namespace welko {
 
+/// The one kind of target that Wakerly has. It opens its file by itself when it is given none.
 class LogTargetDefault : public LogTargetBase {
  public:
   /// A target called `name`, empty when null; it is enabled, not opened, and has no path yet.

@@ -20,6 +20,7 @@ class NativeLibrary {
   /// The loader's handle, null while no library is loaded. The embedding object closes it with
   /// dlclose(3) and then forgets it.
   void* handle() const { return handle_; }
+  /// Takes the library for unloaded, so that Load loads again. Closes nothing.
   void ForgetHandle() { handle_ = nullptr; }
 
  private:

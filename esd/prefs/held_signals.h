@@ -14,7 +14,9 @@ class HeldSignals {
   HeldSignals(const HeldSignals&) = delete;
   HeldSignals& operator=(const HeldSignals&) = delete;
 
+  /// Does nothing while this object holds already.
   void Hold();
+  /// Lets go. Does nothing while this object does not hold.
   void Deliver();
 
  private:

@@ -4,6 +4,7 @@
 
 namespace esd {
 
+/// A lock between processes, for one file. A store uses it and does not own it.
 class LockPolicyInterface {
  public:
   LockPolicyInterface() = default;

@@ -12,6 +12,8 @@ class PrefsWriter;
 /// back what it took. A store without a lock policy needs none.
 class PrefsLock {
  public:
+  /// Tries once to take the lock of `prefs`, whose lock policy must outlive this object; held()
+  /// tells the outcome. What the update of the document throws comes out, with nothing taken.
   explicit PrefsLock(PrefsWriter& prefs);
   ~PrefsLock();
   PrefsLock(const PrefsLock&) = delete;

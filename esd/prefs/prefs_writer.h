@@ -30,6 +30,7 @@ class PrefsWriter {
   /// Uses `policy`, which stays the caller's and must outlive its use here; null for no lock.
   /// Nothing changes while the present policy holds its lock.
   void SetLockPolicy(LockPolicyInterface* policy);
+  /// The policy in use; null for none.
   LockPolicyInterface* lock_policy() const { return lock_policy_; }
 
   /// Points the store at the file `path` and loads it. A missing or empty file, and one that holds

@@ -11,8 +11,10 @@ namespace esd {
 /// A lock was asked for that its owner holds already.
 class resource_lock_fail : public std::runtime_error {
  public:
+  /// `resource` is the name of what is locked, `message` what what() gives.
   resource_lock_fail(std::string resource, const std::string& message)
       : std::runtime_error(message), resource_(std::move(resource)) {}
+  /// The name of the resource; lives as long as this object.
   const std::string& resource() const { return resource_; }
 
  private:
@@ -22,8 +24,10 @@ class resource_lock_fail : public std::runtime_error {
 /// A lock was given back that is not held.
 class no_resource_lock : public std::runtime_error {
  public:
+  /// `resource` is the name of what is locked, `message` what what() gives.
   no_resource_lock(std::string resource, const std::string& message)
       : std::runtime_error(message), resource_(std::move(resource)) {}
+  /// The name of the resource; lives as long as this object.
   const std::string& resource() const { return resource_; }
 
  private:

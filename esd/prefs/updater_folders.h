@@ -24,7 +24,8 @@ bool GetUpdaterPrefsFolder(std::string& out);
 /// one ends that.
 void SetUpdaterPrefsFolderOverride(const std::string& path);
 
-// Names of what lies in the updater preferences folder.
+/// Names of what lies in the updater preferences folder.
+///@{
 inline constexpr char kPrefsFileName[] = "VantreUpdaterPrefs.dat";
 inline constexpr char kVariantPrefsFileName[] = "VantreUpdaterOrlaneePrefs.dat";
 inline constexpr char kDownloadFolderName[] = "Install";
@@ -34,6 +35,7 @@ inline constexpr char kInstallerLogName[] = "orlanui.log";
 inline constexpr char kNotificationLogName[] = "orlanun.log";
 inline constexpr char kStartupLogName[] = "orlanul.log";
 inline constexpr char kSilentNotificationLogName[] = "orlanus.log";
+///@}
 
 /// Gives in `out` the path of `name` in the updater preferences folder. False, and `out` untouched,
 /// when the folder is not found.

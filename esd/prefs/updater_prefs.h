@@ -12,8 +12,8 @@
 #include "esd/prefs/resource_locker.h"
 #include "esd/prefs/updater_folders.h"
 
-// One row for each preference, in the updater's own order: its type, its key, and its default
-// unless it is a map, whose default is empty. The getter of the key "Launch" is GetLaunchPref.
+/// One row for each preference, in the updater's own order: its type, its key, and its default
+/// unless it is a map, whose default is empty. The getter of the key "Launch" is GetLaunchPref.
 // clang-format off
 #define VANTRE_UPDATER_PREFS(PREF)                                                          \
   PREF(BoolPref,      AutoCheck,                  true)                                     \
@@ -62,14 +62,18 @@
 
 namespace esd {
 
+/// The store of the updater's preferences, with an object for each key. One thread uses it.
 class VantreUpdaterPrefs : public PrefsWriter {
  public:
+  /// The types that the rows of VANTRE_UPDATER_PREFS name.
+  ///@{
   using BoolPref = BasicPref<bool>;
   using IntPref = BasicPref<int>;
   using CountPref = BasicPref<unsigned long>;
   using StringPref = BasicPref<std::string>;
   using BoolMapPref = MapPref<std::string, bool>;
   using StringMapPref = MapPref<std::string, std::string>;
+  ///@}
 
   /// The process's one instance, made on the first call and destroyed when the process ends.
   /// `variant`, which chooses the file's name, counts on that call only. Throws std::runtime_error
@@ -80,7 +84,10 @@ class VantreUpdaterPrefs : public PrefsWriter {
 
 #define VANTRE_GETTER(Type, key, ...) \
   Type& Get##key##Pref() { return key##_; }
+  /// The object of one key; it lives as long as the store.
+  ///@{
   VANTRE_UPDATER_PREFS(VANTRE_GETTER)
+  ///@}
 #undef VANTRE_GETTER
 
  private:

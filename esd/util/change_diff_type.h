@@ -12,6 +12,7 @@
 
 namespace esd {
 
+/// The conversion of a From to a To, both of which the standard streams write and read.
 template <typename From, typename To>
 struct ChangeDiffTypeImpl {
   /// Converts `in` and gives the result in `out`. False, and `out` untouched, when `in` does not

@@ -12,8 +12,10 @@
 
 namespace esd {
 
+/// A node with the subtree below it. One thread at a time uses a tree.
 class XMLDocumentNode {
  public:
+  /// Children in document order, none of them null.
   using Children = std::vector<std::unique_ptr<XMLDocumentNode>>;
 
   /// An element called `name`, without data, attributes and children.
@@ -25,7 +27,9 @@ class XMLDocumentNode {
   XMLDocumentNode(const XMLDocumentNode&) = delete;
   XMLDocumentNode& operator=(const XMLDocumentNode&) = delete;
 
+  /// Replaces the node's text.
   virtual void SetData(const std::string& text) { data_ = text; }
+  /// Adds to the end of the node's text.
   virtual void AppendData(const std::string& text) { data_ += text; }
   /// Sets one attribute, replacing its former value. A declaration node's "version" is kept apart
   /// from its attributes.
@@ -36,14 +40,18 @@ class XMLDocumentNode {
   virtual bool RemoveChild(XMLDocumentNode* node);
   /// Does nothing.
   virtual void OnComplete() {}
+  /// The node's text, with characters in the place of entities.
   virtual std::string GetData() const { return data_; }
+  /// The element's name; empty for a declaration node.
   virtual std::string GetName() const { return name_; }
   /// The attributes, sorted by name in byte order.
   virtual std::vector<std::pair<std::string, std::string>> GetAttributes() const;
 
+  /// The children, which the node owns; AddChild and RemoveChild change the list.
   const Children& children() const { return children_; }
   /// The document's XML version; empty but on a declaration node.
   const std::string& version() const { return version_; }
+  /// Whether this is a document's declaration node, not an element.
   bool is_declaration() const { return is_declaration_; }
 
  private:

@@ -18,8 +18,11 @@ class SearchResult {
   /// A result that holds `node` alone, which must not be null.
   explicit SearchResult(Node* node) : nodes_{node} {}
   virtual ~SearchResult() = default;
+  /// A copy names the same nodes.
+  ///@{
   SearchResult(const SearchResult&) = default;
   SearchResult& operator=(const SearchResult&) = default;
+  ///@}
 
   /// The direct children of each node here, in order, for which `predicate` is true. A child whose
   /// test throws std::bad_cast is passed over; any other exception leaves.
@@ -40,8 +43,11 @@ class SearchResult {
     return found;
   }
 
+  /// The nodes found, in document order.
+  ///@{
   const std::vector<Node*>& nodes() const& { return nodes_; }
   std::vector<Node*> nodes() && { return std::move(nodes_); }
+  ///@}
 
  private:
   SearchResult() = default;
@@ -53,6 +59,7 @@ class SearchResult {
 template <typename Value, typename Equal>
 class NodeName_t {
  public:
+  /// Wants elements called `name`.
   explicit NodeName_t(Value name) : name_(std::move(name)) {}
 
   /// False for a null node and for a name that is no Value.
