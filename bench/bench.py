@@ -1,0 +1,284 @@
+#!/usr/bin/env python3
+"""Runs every measurement and prints one table.
+
+usage: bench.py BUILD RESULTS.json CHART.svg
+
+BUILD is the folder of a build with WAKERLY_BENCH on. Each figure is a median of runs that took
+turns with those it is compared with, and each ratio the median of the ratios of such turns.
+"""
+
+import collections
+import json
+import math
+import os
+import pathlib
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+ROUNDS = 300
+REPETITIONS = 11
+VANTRE = "Library/Application Support/Vantre"
+NOTIFIER = f"{VANTRE}/Welko/Tarnik/Brevo/Orlan Updates Notifier.app/Contents/MacOS/Orlan Updates Notifier"
+PREFS = f"{VANTRE}/OrlanUpdater/1.0/VantreUpdaterPrefs.dat"
+LOG = f"{VANTRE}/OrlanUpdater/1.0/orlanul.log"
+
+PEERS = {"Poco", "QSettings", "libxml2", "log4cplus", "pugixml", "python", "shell", "spdlog", "tinyxml2"}
+
+# What is compared: a title, ours, the limit, the most that the goal allows of it, and the others
+# with the least that the goal asks of them in our times (0: shown, no goal).
+ROWS = [
+    ("run, logon and not due", "run/logon", "run/empty", 2.0,
+     {"run/python": 0, "run/shell": 0}),
+    ("run, scheduled", "run/scheduled", "run/empty", 2.0, {"run/python": 0, "run/shell": 0}),
+    ("peak memory, logon and not due", "peak/logon", "peak/empty", 1.5, {}),
+    ("peak memory, scheduled", "peak/scheduled", "peak/empty", 1.5, {}),
+    ("a program linked to expat", "run/empty_expat", "run/empty", 0, {}),
+    ("a program linked to libplist", "run/empty_plist", "run/empty", 0, {}),
+    ("a program linked to libsystemd", "run/empty_systemd", "run/empty", 0, {}),
+    ("log line", "log/line/wakerly", "log/line/limit", 1.3,
+     {"log/line/log4cplus": 3.0, "log/line/spdlog": 0}),
+] + [
+    (f"load, {size} entries", f"load/wakerly/{size}", f"load/limit/{size}", 2.0,
+     {f"load/{peer}/{size}": goal for peer, goal in
+      (("Poco", 1.0), ("libxml2", 1.0), ("tinyxml2", 0), ("pugixml", 0))})
+    for size in (42, 10000, 100000)
+] + [
+    (f"save, {size} entries", f"save/wakerly/{size}", f"save/limit/{size}", 0,
+     {f"save/{peer}/{size}": goal for peer, goal in
+      (("Poco", 1.0), ("libxml2", 1.0), ("tinyxml2", 1.0), ("pugixml", 1.0))})
+    for size in (42, 10000, 100000)
+] + [
+    ("typed read, on disk", "disk/read/wakerly", "disk/read/limit", 1.3,
+     {"disk/read/QSettings": 3.0}),
+    ("typed set, on disk", "disk/set/wakerly", "disk/set/limit", 1.3, {"disk/set/QSettings": 3.0}),
+    ("typed set, in memory", "set/wakerly", "set/limit", 0, {"set/QSettings": 0}),
+    ("lock and unlock", "lock/wakerly", "lock/limit", 0, {}),
+    ("FormatString, 1 KB", "text/FormatString", "text/limit", 0, {}),
+    ("EscapeXML, nothing to do", "text/EscapeXML, nothing to escape", "text/limit", 0, {}),
+    ("EscapeXML", "text/EscapeXML", "text/limit", 0, {}),
+    ("redaction, nothing to do", "text/redaction, no element", "text/limit", 0, {}),
+    ("redaction", "text/redaction", "text/limit", 0, {}),
+]
+
+
+class Tree:
+    """A machine's folders, on which wakerly finds nothing due."""
+
+    def __init__(self, build):
+        self.top = pathlib.Path(tempfile.mkdtemp(prefix="wakerly-bench-"))
+        for source, place in (("samples/kdupdater.dylib", f"{VANTRE}/VantreKDClient/kdupdater.dylib"),
+                              ("samples/notifier", NOTIFIER)):
+            target = self.top / "root" / place
+            target.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(build / source, target)
+        prefs = self.top / "home" / PREFS
+        prefs.parent.mkdir(parents=True)
+        today = time.strftime("%Y-%m-%dT%H:%M:%S")
+        prefs.write_text('<?xml version="1.0" encoding="UTF-8" ?>\n<Preferences>\n'
+                         f"<LastDateCheck>{today}</LastDateCheck>\n</Preferences>")
+        (self.top / "empty.sh").write_text("#!/bin/sh\n")
+        (self.top / "empty.sh").chmod(0o755)
+        self.environment = {"HOME": str(self.top / "home"), "WAKERLY_ROOT": str(self.top / "root"),
+                            "PATH": os.environ["PATH"], "KDUPDATER_CALLBACK": "request"}
+        # The first run writes what the preferences lack.
+        subprocess.run([build / "wakerly"], env=self.environment, check=True)
+
+    def remove(self):
+        # The set of the log's writers outlives them. Its key is that of ftok(3) with project id 11.
+        status = os.stat(self.top / "home" / LOG)
+        key = 11 << 24 | (status.st_dev & 0xFF) << 16 | status.st_ino & 0xFFFF
+        subprocess.run(["ipcrm", "-S", str(key)], stderr=subprocess.DEVNULL, check=False)
+        shutil.rmtree(self.top)
+
+
+def run_programs(build, tree):
+    """Wall time in nanoseconds and peak memory in KiB of whole programs, a list for each."""
+    commands = {
+        "empty": [build / "bench/empty"],
+        "logon": [build / "wakerly"],
+        "scheduled": [build / "wakerly", "-mode=scheduled"],
+        "empty_expat": [build / "bench/empty_expat"],
+        "empty_plist": [build / "bench/empty_plist"],
+        "empty_systemd": [build / "bench/empty_systemd"],
+        "python": ["/usr/bin/python3", "-c", ""],
+        "shell": [tree.top / "empty.sh"],
+    }
+    arguments = [build / "bench/runner", str(ROUNDS)]
+    for name, command in commands.items():
+        arguments += ["--", name, *command]
+    output = subprocess.run(arguments, env=tree.environment, check=True, text=True,
+                            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+    samples = collections.defaultdict(list)
+    for line in output.splitlines():
+        name, nanoseconds, peak = line.split("\t")
+        samples[f"run/{name}"].append(float(nanoseconds))
+        samples[f"peak/{name}"].append(float(peak))
+    return samples
+
+
+def run_benchmarks(build, program, repetitions, folder):
+    """Nanoseconds of each of a program's measurements, a list for each, and its counters.
+
+    Their files lie below `folder`.
+    """
+    with tempfile.NamedTemporaryFile(suffix=".json") as out:
+        subprocess.run([build / f"bench/{program}_bench", f"--benchmark_repetitions={repetitions}",
+                        "--benchmark_min_time=0.05", "--benchmark_out_format=json",
+                        f"--benchmark_out={out.name}",
+                        "--benchmark_enable_random_interleaving=true"],
+                       env=os.environ | {"TMPDIR": folder}, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        runs = json.load(out)["benchmarks"]
+    samples = collections.defaultdict(list)
+    counters = {}
+    for run in sorted(runs, key=lambda run: run.get("repetition_index", 0)):
+        if run.get("error_occurred"):
+            sys.exit(f"bench: {run['name']}: {run['error_message']}")
+        if run["run_type"] == "iteration":
+            samples[run["name"]].append(run["real_time"])
+            counters[run["name"]] = {name: run[name] for name in
+                                     ("bytes_per_second", "bytes_per_item") if name in run}
+    return samples, counters
+
+
+def count_system_calls(command, tree):
+    """The system calls of one run by their kind; those of what it starts are not counted."""
+    with tempfile.NamedTemporaryFile("r", suffix=".strace") as out:
+        subprocess.run(["strace", "-qq", "-o", out.name, *command], env=tree.environment,
+                       check=True, stderr=subprocess.DEVNULL)
+        return collections.Counter(line.split("(")[0] for line in out if "(" in line)
+
+
+def ratio(samples, ours, other):
+    return statistics.median(a / b for a, b in zip(samples[ours], samples[other]))
+
+
+def human(name, value):
+    if name.startswith("peak/"):
+        return f"{value / 1024:.1f} MiB"
+    for unit, size in (("s", 1e9), ("ms", 1e6), ("µs", 1e3)):
+        if value >= size:
+            return f"{value / size:.3g} {unit}"
+    return f"{value:.3g} ns"
+
+
+def table(samples):
+    rows = []
+    for title, ours, limit, most, others in ROWS:
+        times = ratio(samples, ours, limit)
+        row = {"title": title, "ours": statistics.median(samples[ours]),
+               "limit": statistics.median(samples[limit]), "ratio": times,
+               "goal": most or None, "met": times <= most if most else None, "peers": {}}
+        for peer, least in others.items():
+            against = ratio(samples, peer, ours)
+            row["peers"][next(part for part in peer.split("/") if part in PEERS)] = {
+                "figure": statistics.median(samples[peer]), "ratio": against, "goal": least or None,
+                "met": against > least if least else None}
+        rows.append(row | {"name": ours})
+    return rows
+
+
+def print_table(rows):
+    def goal(sign, bound, met):
+        return "" if bound is None else f" ({sign}{bound:g}{', met' if met else ', NOT met'})"
+
+    print(f"{'':32} {'ours':>10} {'limit':>10}  ours/limit (goal)    peer/ours (goal)")
+    for row in rows:
+        peers = [f"{name} {peer['ratio']:.2f}" + goal(">", peer["goal"], peer["met"])
+                 for name, peer in row["peers"].items()]
+        print(f"{row['title']:32} {human(row['name'], row['ours']):>10} "
+              f"{human(row['name'], row['limit']):>10}  "
+              f"{f'''{row['ratio']:.2f}''' + goal('≤', row['goal'], row['met']):20} {', '.join(peers)}")
+
+
+def growth_series(samples, counters):
+    """By series, the number of items and the nanoseconds, and bytes, for each of them."""
+    series = collections.defaultdict(list)
+    for name, times in samples.items():
+        _, title, count = name.split("/")
+        items = int(count)
+        point = {"items": items, "nanoseconds": statistics.median(times) / items}
+        if "bytes_per_item" in counters[name]:
+            point["bytes"] = counters[name]["bytes_per_item"]
+        series[title].append(point)
+    for points in series.values():
+        points.sort(key=lambda point: point["items"])
+    return series
+
+
+def print_growth(series):
+    print("\nfor each item, at 1, 10, 100... of them")
+    for title, points in series.items():
+        figures = ", ".join(f"{human('', p['nanoseconds'])}"
+                            + (f" and {p['bytes']:.0f} bytes" if "bytes" in p else "")
+                            for p in points)
+        print(f"  {title}, from {points[0]['items']} on: {figures}")
+
+
+def print_system_calls(calls):
+    empty = calls["empty"]
+    print("\nsystem calls of one run, less those of an empty program")
+    for name in ("logon", "scheduled"):
+        more = calls[name] - empty
+        print(f"  {name}: {more.total()}: " + ", ".join(f"{kind} {n}" for kind, n in more.most_common()))
+
+
+def chart(series):
+    """The time for each item over the number of items, both axes in powers of ten."""
+    width, height, left, top = 640, 360, 60, 20
+    colours = ("#1b6ca8", "#c8553d", "#3a7d44", "#7d4e9e")
+    x_of = lambda items: left + math.log10(items) / 6 * (width - left - 150)
+    y_of = lambda ns: height - 40 - math.log10(max(ns, 100) / 100) / 4 * (height - 40 - top)
+    parts = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" '
+             'font-family="sans-serif" font-size="12">',
+             f'<rect width="{width}" height="{height}" fill="white"/>']
+    for power in range(7):
+        x = x_of(10 ** power)
+        parts.append(f'<path d="M{x:.0f} {top}V{height - 40}" stroke="#ddd"/>'
+                     f'<text x="{x:.0f}" y="{height - 24}" text-anchor="middle">{10 ** power:,}</text>')
+    for power, label in enumerate(("100 ns", "1 µs", "10 µs", "100 µs", "1 ms")):
+        y = y_of(10 ** (power + 2))
+        parts.append(f'<path d="M{left} {y:.0f}H{width - 150}" stroke="#ddd"/>'
+                     f'<text x="{left - 6}" y="{y + 4:.0f}" text-anchor="end">{label}</text>')
+    for colour, (title, points) in zip(colours, series.items()):
+        places = [(x_of(p["items"]), y_of(p["nanoseconds"])) for p in points]
+        line = " ".join(f"{x:.1f},{y:.1f}" for x, y in places)
+        parts.append(f'<polyline points="{line}" fill="none" stroke="{colour}" stroke-width="2"/>'
+                     f'<text x="{places[-1][0] + 6:.0f}" y="{places[-1][1] + 4:.0f}" '
+                     f'fill="{colour}">{title}</text>')
+    parts.append(f'<text x="{left}" y="{height - 6}">time for each item, by the number of items</text>'
+                 "</svg>\n")
+    return "\n".join(parts)
+
+
+def main():
+    build, results, picture = (pathlib.Path(argument).resolve() for argument in sys.argv[1:])
+    # A disk would have its own say in every figure.
+    disk, memory = tempfile.gettempdir(), "/dev/shm"
+    tempfile.tempdir = memory
+    tree = Tree(build)
+    try:
+        samples = run_programs(build, tree)
+        calls = {name: count_system_calls(command, tree) for name, command in (
+            ("empty", [build / "bench/empty"]), ("logon", [build / "wakerly"]),
+            ("scheduled", [build / "wakerly", "-mode=scheduled"]))}
+    finally:
+        tree.remove()
+    for program in ("log", "document", "prefs", "text"):
+        samples |= run_benchmarks(build, program, REPETITIONS, memory)[0]
+    on_disk, _ = run_benchmarks(build, "prefs", REPETITIONS, disk)
+    samples |= {f"disk/{name}": times for name, times in on_disk.items()}
+    series = growth_series(*run_benchmarks(build, "growth", 3, memory))
+    rows = table(samples)
+    print_table(rows)
+    print_growth(series)
+    print_system_calls(calls)
+    results.write_text(json.dumps({"rows": rows, "growth": series, "system_calls": calls}, indent=1))
+    picture.write_text(chart(series))
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,2 @@
+// A program that does nothing. Linked to the libraries whose cost it shows.
+int main() {}
