@@ -227,30 +227,36 @@ def print_system_calls(calls):
 
 
 def chart(series):
-    """The time for each item over the number of items, both axes in powers of ten."""
-    width, height, left, top = 640, 360, 60, 20
-    colours = ("#1b6ca8", "#c8553d", "#3a7d44", "#7d4e9e")
-    x_of = lambda items: left + math.log10(items) / 6 * (width - left - 150)
-    y_of = lambda ns: height - 40 - math.log10(max(ns, 100) / 100) / 4 * (height - 40 - top)
+    """Time and memory for each item over the number of items, all axes in powers of ten."""
+    width, height, left, right, top, bottom = 720, 330, 100, 180, 16, 46
+    lines = [(f"{title}, time", colour, "", [(p["items"], p["nanoseconds"]) for p in points])
+             for colour, (title, points) in zip(("#1b6ca8", "#c8553d", "#3a7d44", "#7d4e9e"),
+                                                series.items())]
+    lines += [(f"{title}, memory", "#555", "4 3", [(p["items"], p["bytes"]) for p in points])
+              for title, points in series.items() if "bytes" in points[0]]
+
+    def place(items, amount):
+        return (left + math.log10(items) / 6 * (width - left - right),
+                height - bottom - math.log10(max(amount, 100) / 100) / 3 * (height - bottom - top))
+
     parts = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" '
              'font-family="sans-serif" font-size="12">',
              f'<rect width="{width}" height="{height}" fill="white"/>']
     for power in range(7):
-        x = x_of(10 ** power)
-        parts.append(f'<path d="M{x:.0f} {top}V{height - 40}" stroke="#ddd"/>'
-                     f'<text x="{x:.0f}" y="{height - 24}" text-anchor="middle">{10 ** power:,}</text>')
-    for power, label in enumerate(("100 ns", "1 µs", "10 µs", "100 µs", "1 ms")):
-        y = y_of(10 ** (power + 2))
-        parts.append(f'<path d="M{left} {y:.0f}H{width - 150}" stroke="#ddd"/>'
+        x, _ = place(10 ** power, 100)
+        parts.append(f'<path d="M{x:.0f} {top}V{height - bottom}" stroke="#ddd"/>'
+                     f'<text x="{x:.0f}" y="{height - 30}" text-anchor="middle">{10 ** power:,}</text>')
+    for power, label in enumerate(("100 ns, 100 B", "1 µs, 1 kB", "10 µs, 10 kB", "100 µs")):
+        _, y = place(1, 10 ** (power + 2))
+        parts.append(f'<path d="M{left} {y:.0f}H{width - right}" stroke="#ddd"/>'
                      f'<text x="{left - 6}" y="{y + 4:.0f}" text-anchor="end">{label}</text>')
-    for colour, (title, points) in zip(colours, series.items()):
-        places = [(x_of(p["items"]), y_of(p["nanoseconds"])) for p in points]
-        line = " ".join(f"{x:.1f},{y:.1f}" for x, y in places)
-        parts.append(f'<polyline points="{line}" fill="none" stroke="{colour}" stroke-width="2"/>'
-                     f'<text x="{places[-1][0] + 6:.0f}" y="{places[-1][1] + 4:.0f}" '
-                     f'fill="{colour}">{title}</text>')
-    parts.append(f'<text x="{left}" y="{height - 6}">time for each item, by the number of items</text>'
-                 "</svg>\n")
+    for row, (title, colour, dashes, points) in enumerate(lines):
+        path = " ".join(f"{x:.1f},{y:.1f}" for x, y in (place(*point) for point in points))
+        y = top + 12 + 20 * row
+        parts.append(f'<g fill="none" stroke="{colour}" stroke-width="2" stroke-dasharray="{dashes}">'
+                     f'<polyline points="{path}"/><path d="M{width - right + 16} {y}h24"/></g>'
+                     f'<text x="{width - right + 46}" y="{y + 4}">{title}</text>')
+    parts.append(f'<text x="{left}" y="{height - 8}">for each item, by the number of items</text></svg>\n')
     return "\n".join(parts)
 
 
