@@ -1,6 +1,7 @@
 #include "welko/native_library.h"
 
 #include <dlfcn.h>
+#include <sys/stat.h>
 
 #include "welko/log_level.h"
 #include "welko/support_log.h"
@@ -18,12 +19,19 @@ void ReportLoadFailure(const char* path, const char* error) {
   }
 }
 
+bool IsFifo(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
 }  // namespace
 
 bool NativeLibrary::Load(const std::string& path) {
   if (handle_ != nullptr) return true;
-  handle_ = dlopen(path.c_str(), RTLD_NOW);
-  if (handle_ == nullptr) ReportLoadFailure(path.c_str(), dlerror());
+  // The loader would wait for its other end, for ever if there is none.
+  const bool is_fifo = IsFifo(path);
+  if (!is_fifo) handle_ = dlopen(path.c_str(), RTLD_NOW);
+  if (handle_ == nullptr) ReportLoadFailure(path.c_str(), is_fifo ? "a FIFO" : dlerror());
   return handle_ != nullptr;
 }
 
