@@ -32,9 +32,8 @@ TEST_F(ManyProcesses, WriteOnePreferenceFileAndLoseNothing) {
   constexpr int kSets = 1000;
   const auto set = [&](int process) {
     esd::ResourceLocker locker(prefs, 0);
-    esd::PrefsWriter store("", "Prefs");
+    esd::PrefsWriter store(prefs, "Prefs");
     store.SetLockPolicy(&locker);
-    store.SetPrefsPath(prefs);
     const std::string key = "Key" + std::to_string(process);
     for (int number = 1; number <= kSets; ++number) {
       // Whoever has waited for the lock in vain for a second is told so, and tries again.
