@@ -7,6 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <type_traits>
+#include <utility>
 
 #include "esd/prefs/prefs_lock.h"
 #include "esd/util/change_diff_type.h"
@@ -195,7 +196,7 @@ bool PrefsWriter::Save() {
   // The text is made first, so that the file is empty for as short a time as possible.
   std::ostringstream text;
   WriteXMLNode(text, *builder_.GetRoot());
-  return ReplaceFile(text.str()) && lock.Release();
+  return ReplaceFile(std::move(text).str()) && lock.Release();
 }
 
 bool PrefsWriter::ReplaceFile(const std::string& text) {

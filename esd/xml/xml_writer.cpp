@@ -17,9 +17,6 @@ struct OpenNode {
 class LineWriter {
  public:
   explicit LineWriter(std::ostream& stream) : stream_(stream) {}
-  ~LineWriter() = default;
-  LineWriter(const LineWriter&) = delete;
-  LineWriter& operator=(const LineWriter&) = delete;
 
   LineWriter& operator<<(std::string_view text) {
     line_ += text;
