@@ -26,7 +26,7 @@ using ElementNamed = NodeName_t<std::string, std::equal_to<std::string>>;
 std::optional<std::string> ReadBytes(const std::string& path) {
   ESDifstream file(path, "rb");
   std::ifstream& stream = *file.stream();
-  const std::streamoff size = stream.seekg(0, std::ios::end).tellg();
+  const std::streamoff size = stream.tellg();
   if (size < 0) return std::nullopt;
   std::string bytes(static_cast<std::size_t>(size), '\0');
   stream.seekg(0).read(bytes.data(), size);
@@ -202,11 +202,9 @@ bool PrefsWriter::Save() {
 bool PrefsWriter::ReplaceFile(const std::string& text) {
   const bool existed = ObjectExistsAtPath(prefs_path_);
   const std::optional<std::string> former = existed ? ReadBytes(prefs_path_) : std::nullopt;
-  // What cannot be put back is not overwritten either.
-  if (existed && !former) return false;
   const std::optional<bool> written = WriteBytes(prefs_path_, text);
   if (!written) return false;
-  if (!*written && existed) WriteBytes(prefs_path_, *former);
+  if (!*written && former) WriteBytes(prefs_path_, *former);
   if (!*written && !existed) DeletePath(prefs_path_);
   // Bytes that were put back are no news either: the document keeps its change.
   KeepStamp();
