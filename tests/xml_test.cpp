@@ -33,7 +33,8 @@ TEST_F(XmlTest, SavesWhatItLoadedAndTheSecondTimeTheSameBytes) {
     EXPECT_EQ(Saved(text), kHead + saved + "\n");
     EXPECT_EQ(Saved(kHead + saved + "\n"), kHead + saved + "\n");
   }
-  for (const std::size_t size : {1024U, 1029U, 2048U}) {  // 1029: the end of a read cuts a character
+  for (const std::size_t size :
+       {1024U, 1029U, 2048U}) {  // 1029: the end of a read cuts a character
     const std::string text = "<a>" + std::string(size - 9, 'x') + "\xC3\xA9</a>";
     EXPECT_EQ(Saved(text), kHead + text + "\n");
   }

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <ctime>
+#include <limits>
 
 #include "welko/log_level.h"
 #include "welko/log_redaction.h"
@@ -25,10 +26,13 @@ namespace {
 
 // The text of a second, which many lines share and which costs more than the rest of a line. As
 // "%x %X" prints in the C locale, which a loaded library may have exchanged for another.
-const std::string& SecondText(std::int64_t seconds) {
-  thread_local std::int64_t known = -1;
-  thread_local std::string text;
-  if (seconds != known) text = FormatLocalTime("%m/%d/%y %H:%M:%S", seconds);
+const char* SecondText(std::int64_t seconds) {
+  // Nothing that is destroyed before the last line is written.
+  thread_local std::int64_t known = std::numeric_limits<std::int64_t>::min();
+  thread_local char text[sizeof "11/21/26 12:16:09"] = "";
+  if (seconds != known) {
+    FormatLocalTime("%m/%d/%y %H:%M:%S", seconds).copy(text, sizeof text - 1);
+  }
   known = seconds;
   return text;
 }

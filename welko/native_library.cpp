@@ -19,19 +19,19 @@ void ReportLoadFailure(const char* path, const char* error) {
   }
 }
 
-bool IsFifo(const std::string& path) {
+bool IsSomethingElse(const std::string& path) {
   struct stat status {};
-  return stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
+  return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
 }  // namespace
 
 bool NativeLibrary::Load(const std::string& path) {
   if (handle_ != nullptr) return true;
-  // The loader would wait for its other end, for ever if there is none.
-  const bool is_fifo = IsFifo(path);
-  if (!is_fifo) handle_ = dlopen(path.c_str(), RTLD_NOW);
-  if (handle_ == nullptr) ReportLoadFailure(path.c_str(), is_fifo ? "a FIFO" : dlerror());
+  // The loader would wait for the other end of a FIFO, for ever if there is none.
+  const bool is_file = !IsSomethingElse(path);
+  if (is_file) handle_ = dlopen(path.c_str(), RTLD_NOW);
+  if (handle_ == nullptr) ReportLoadFailure(path.c_str(), is_file ? dlerror() : "not a file");
   return handle_ != nullptr;
 }
 
