@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Runs every measurement and prints one table.
 
-usage: bench.py BUILD RESULTS.json CHART.svg
+usage: bench.py BUILD MEMORY DISK RESULTS.json CHART.svg
 
-BUILD is the folder of a build with WAKERLY_BENCH on. Each figure is a median of runs that took
-turns with those it is compared with, and each ratio the median of the ratios of such turns.
+BUILD is the folder of a build with WAKERLY_BENCH on; what is measured writes below MEMORY, which
+should be in memory, or DISK. Each figure is a median of runs that took turns with those it is
+compared with, and each ratio the median of the ratios of such turns.
 """
 
 import collections
@@ -13,14 +14,15 @@ import math
 import os
 import pathlib
 import shutil
+import signal
 import statistics
 import subprocess
 import sys
-import tempfile
 import time
 
 ROUNDS = 300
-REPETITIONS = 11
+TURNS = 11
+GROWTH_TURNS = 3
 VANTRE = "Library/Application Support/Vantre"
 NOTIFIER = f"{VANTRE}/Welko/Tarnik/Brevo/Orlan Updates Notifier.app/Contents/MacOS/Orlan Updates Notifier"
 PREFS = f"{VANTRE}/OrlanUpdater/1.0/VantreUpdaterPrefs.dat"
@@ -59,17 +61,17 @@ ROWS = [
     ("lock and unlock", "lock/wakerly", "lock/limit", 0, {}),
     ("FormatString, 1 KB", "text/FormatString", "text/limit", 0, {}),
     ("EscapeXML, nothing to do", "text/EscapeXML, nothing to escape", "text/limit", 0, {}),
-    ("EscapeXML", "text/EscapeXML", "text/limit", 0, {}),
+    ("EscapeXML", "text/EscapeXML", "text/limit, marked", 0, {}),
     ("redaction, nothing to do", "text/redaction, no element", "text/limit", 0, {}),
-    ("redaction", "text/redaction", "text/limit", 0, {}),
+    ("redaction", "text/redaction", "text/limit, marked", 0, {}),
 ]
 
 
 class Tree:
     """A machine's folders, on which wakerly finds nothing due."""
 
-    def __init__(self, build):
-        self.top = pathlib.Path(tempfile.mkdtemp(prefix="wakerly-bench-"))
+    def __init__(self, build, folder):
+        self.top = folder / "tree"
         for source, place in (("samples/kdupdater.dylib", f"{VANTRE}/VantreKDClient/kdupdater.dylib"),
                               ("samples/notifier", NOTIFIER)):
             target = self.top / "root" / place
@@ -87,12 +89,11 @@ class Tree:
         # The first run writes what the preferences lack.
         subprocess.run([build / "wakerly"], env=self.environment, check=True)
 
-    def remove(self):
-        # The set of the log's writers outlives them. Its key is that of ftok(3) with project id 11.
+    def remove_log_lock(self):
+        """The set of the log's writers outlives them. Its key is that of ftok(3) with project id 11."""
         status = os.stat(self.top / "home" / LOG)
         key = 11 << 24 | (status.st_dev & 0xFF) << 16 | status.st_ino & 0xFFFF
         subprocess.run(["ipcrm", "-S", str(key)], stderr=subprocess.DEVNULL, check=False)
-        shutil.rmtree(self.top)
 
 
 def run_programs(build, tree):
@@ -120,36 +121,34 @@ def run_programs(build, tree):
     return samples
 
 
-def run_benchmarks(build, program, repetitions, folder):
-    """Nanoseconds of each of a program's measurements, a list for each, and its counters.
+def run_benchmarks(build, program, turns, folder):
+    """Nanoseconds of each of a program's measurements, a list for each, and bytes for each item.
 
-    Their files lie below `folder`.
+    The whole program runs once for each turn. Its files lie below `folder`.
     """
-    with tempfile.NamedTemporaryFile(suffix=".json") as out:
-        subprocess.run([build / f"bench/{program}_bench", f"--benchmark_repetitions={repetitions}",
-                        "--benchmark_min_time=0.05", "--benchmark_out_format=json",
-                        f"--benchmark_out={out.name}",
-                        "--benchmark_enable_random_interleaving=true"],
-                       env=os.environ | {"TMPDIR": folder}, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        runs = json.load(out)["benchmarks"]
     samples = collections.defaultdict(list)
-    counters = {}
-    for run in sorted(runs, key=lambda run: run.get("repetition_index", 0)):
-        if run.get("error_occurred"):
-            sys.exit(f"bench: {run['name']}: {run['error_message']}")
-        if run["run_type"] == "iteration":
+    sizes = {}
+    out = folder / "turn.json"
+    for _ in range(turns):
+        subprocess.run([build / f"bench/{program}_bench", "--benchmark_min_time=0.05",
+                        "--benchmark_out_format=json", f"--benchmark_out={out}"],
+                       env=os.environ | {"TMPDIR": str(folder)}, check=True,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        for run in json.loads(out.read_text())["benchmarks"]:
+            if run.get("error_occurred"):
+                sys.exit(f"bench: {run['name']}: {run['error_message']}")
             samples[run["name"]].append(run["real_time"])
-            counters[run["name"]] = {name: run[name] for name in
-                                     ("bytes_per_second", "bytes_per_item") if name in run}
-    return samples, counters
+            sizes[run["name"]] = run.get("bytes_per_item")
+    return samples, sizes
 
 
 def count_system_calls(command, tree):
     """The system calls of one run by their kind; those of what it starts are not counted."""
-    with tempfile.NamedTemporaryFile("r", suffix=".strace") as out:
-        subprocess.run(["strace", "-qq", "-o", out.name, *command], env=tree.environment,
-                       check=True, stderr=subprocess.DEVNULL)
-        return collections.Counter(line.split("(")[0] for line in out if "(" in line)
+    out = tree.top / "strace"
+    subprocess.run(["strace", "-qq", "-o", out, *command], env=tree.environment, check=True,
+                   stderr=subprocess.DEVNULL)
+    return collections.Counter(line.split("(")[0] for line in out.read_text().splitlines()
+                               if "(" in line)
 
 
 def ratio(samples, ours, other):
@@ -194,15 +193,15 @@ def print_table(rows):
               f"{f'''{row['ratio']:.2f}''' + goal('≤', row['goal'], row['met']):20} {', '.join(peers)}")
 
 
-def growth_series(samples, counters):
+def growth_series(samples, sizes):
     """By series, the number of items and the nanoseconds, and bytes, for each of them."""
     series = collections.defaultdict(list)
     for name, times in samples.items():
         _, title, count = name.split("/")
         items = int(count)
         point = {"items": items, "nanoseconds": statistics.median(times) / items}
-        if "bytes_per_item" in counters[name]:
-            point["bytes"] = counters[name]["bytes_per_item"]
+        if sizes[name] is not None:
+            point["bytes"] = sizes[name]
         series[title].append(point)
     for points in series.values():
         points.sort(key=lambda point: point["items"])
@@ -261,23 +260,22 @@ def chart(series):
 
 
 def main():
-    build, results, picture = (pathlib.Path(argument).resolve() for argument in sys.argv[1:])
-    # A disk would have its own say in every figure.
-    disk, memory = tempfile.gettempdir(), "/dev/shm"
-    tempfile.tempdir = memory
-    tree = Tree(build)
+    build, memory, disk, results, picture = (pathlib.Path(path).resolve() for path in sys.argv[1:])
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
+    # Where files lie in memory, a disk has no say in the figures.
+    tree = Tree(build, memory)
     try:
         samples = run_programs(build, tree)
         calls = {name: count_system_calls(command, tree) for name, command in (
             ("empty", [build / "bench/empty"]), ("logon", [build / "wakerly"]),
             ("scheduled", [build / "wakerly", "-mode=scheduled"]))}
     finally:
-        tree.remove()
+        tree.remove_log_lock()
     for program in ("log", "document", "prefs", "text"):
-        samples |= run_benchmarks(build, program, REPETITIONS, memory)[0]
-    on_disk, _ = run_benchmarks(build, "prefs", REPETITIONS, disk)
+        samples |= run_benchmarks(build, program, TURNS, memory)[0]
+    on_disk, _ = run_benchmarks(build, "prefs", TURNS, disk)
     samples |= {f"disk/{name}": times for name, times in on_disk.items()}
-    series = growth_series(*run_benchmarks(build, "growth", 3, memory))
+    series = growth_series(*run_benchmarks(build, "growth", GROWTH_TURNS, memory))
     rows = table(samples)
     print_table(rows)
     print_growth(series)

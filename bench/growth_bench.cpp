@@ -13,6 +13,11 @@
 
 namespace {
 
+std::size_t UsedMemory() {
+  const struct mallinfo2 info = mallinfo2();
+  return info.uordblks + info.hblkhd;
+}
+
 void CountItems(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
@@ -20,15 +25,12 @@ void CountItems(benchmark::State& state) {
 void Load(benchmark::State& state) {
   const bench::Scratch scratch;
   const std::string path = bench::MakePrefsFile(scratch, state.range(0));
-  std::size_t used = 0;
-  for (auto _ : state) {
-    const std::size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
-    const esd::PrefsWriter store(path, "Preferences");
-    used = mallinfo2().uordblks + mallinfo2().hblkhd - before;
-  }
+  for (auto _ : state) const esd::PrefsWriter store(path, "Preferences");
   CountItems(state);
+  const std::size_t before = UsedMemory();
+  const esd::PrefsWriter store(path, "Preferences");
   state.counters["bytes_per_item"] =
-      static_cast<double>(used) / static_cast<double>(state.range(0));
+      static_cast<double>(UsedMemory() - before) / static_cast<double>(state.range(0));
 }
 BENCHMARK(Load)->Name("growth/load")->RangeMultiplier(10)->Range(100, 1'000'000);
 

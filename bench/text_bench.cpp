@@ -48,6 +48,7 @@ void Redact(const std::string& text) {
 }
 
 BENCHMARK_CAPTURE(Measure, copy, &Plain, Copy)->Name("text/limit");
+BENCHMARK_CAPTURE(Measure, copy_marked, &Marked, Copy)->Name("text/limit, marked");
 BENCHMARK_CAPTURE(Measure, format, &Plain, Format)->Name("text/FormatString");
 BENCHMARK_CAPTURE(Measure, escape, &Plain, Escape)->Name("text/EscapeXML, nothing to escape");
 BENCHMARK_CAPTURE(Measure, escape_marked, &Marked, Escape)->Name("text/EscapeXML");
