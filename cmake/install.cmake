@@ -12,4 +12,4 @@ install(TARGETS wakerly RUNTIME DESTINATION "${program_folder}")
 install(FILES packaging/wakerly.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
 # In the same folders as here: they link to each other.
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DOCDIR}" FILES_MATCHING PATTERN *.md PATTERN *.svg)
+install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DOCDIR}" FILES_MATCHING PATTERN *.md PATTERN *.svg PATTERN performance.json)
