@@ -32,7 +32,9 @@ TreeTest::TreeTest() : top(MakeTemporaryFolder()), home(top / "home"), root(top 
   fs::create_directories(root);
   setenv("HOME", home.c_str(), 1);
   setenv("WAKERLY_ROOT", root.c_str(), 1);
-  for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG", "TMPDIR"}) unsetenv(name);
+  // What a killed process leaves there goes with the folder.
+  setenv("TMPDIR", top.c_str(), 1);
+  for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) unsetenv(name);
 }
 
 TreeTest::~TreeTest() {
