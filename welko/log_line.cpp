@@ -8,6 +8,22 @@
 #include "welko/log_redaction.h"
 
 namespace welko {
+namespace {
+
+// The text of a second, which many lines share and which costs more than the rest of a line. As
+// "%x %X" prints in the C locale, which a loaded library may have exchanged for another.
+const char* SecondText(std::int64_t seconds) {
+  // Nothing that is destroyed before the last line is written.
+  thread_local std::int64_t known = std::numeric_limits<std::int64_t>::min();
+  thread_local char text[sizeof "11/21/26 12:16:09"] = "";
+  if (seconds != known) {
+    FormatLocalTime("%m/%d/%y %H:%M:%S", seconds).copy(text, sizeof text - 1);
+    known = seconds;
+  }
+  return text;
+}
+
+}  // namespace
 
 std::int64_t NowMilliseconds() {
   const auto now = std::chrono::system_clock::now().time_since_epoch();
@@ -21,23 +37,6 @@ std::string FormatLocalTime(const char* format, std::int64_t seconds) {
   char text[64];
   return std::string(text, std::strftime(text, sizeof text, format, &local));
 }
-
-namespace {
-
-// The text of a second, which many lines share and which costs more than the rest of a line. As
-// "%x %X" prints in the C locale, which a loaded library may have exchanged for another.
-const char* SecondText(std::int64_t seconds) {
-  // Nothing that is destroyed before the last line is written.
-  thread_local std::int64_t known = std::numeric_limits<std::int64_t>::min();
-  thread_local char text[sizeof "11/21/26 12:16:09"] = "";
-  if (seconds != known) {
-    FormatLocalTime("%m/%d/%y %H:%M:%S", seconds).copy(text, sizeof text - 1);
-  }
-  known = seconds;
-  return text;
-}
-
-}  // namespace
 
 std::string FormatLogLine(std::int64_t time_ms, int level, const LogContext& context,
                           const std::string& thread_id, std::string message,

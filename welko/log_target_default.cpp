@@ -61,8 +61,7 @@ bool LogTargetDefault::OpenStream(std::fstream& stream) {
   struct stat status {};
   const bool existed = lstat(file_path_.c_str(), &status) == 0;
   if (stream.is_open()) stream.close();
-  // Opening a FIFO waits for a reader, and nothing but a file can be rolled over.
-  if (stat(file_path_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) return false;
+  if (IsNoFile(file_path_)) return false;
   stream.open(file_path_, std::ios::out | std::ios::app);
   if (!existed && stream.good() && chmod(file_path_.c_str(), 0666) != 0) {
     std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));
@@ -103,9 +102,8 @@ bool LogTargetDefault::Log(int level, const LogContext& context, const char* for
       last_check_ = last_message_time_;
     }
     // Only now, under the lock, is it certain that nobody else writes the header.
-    rolled_ = IsFileEmpty();
+    if (IsFileEmpty()) WriteHeader(kLogInfo, context, nullptr);
   }
-  if (rolled_) WriteHeader(kLogInfo, context, nullptr);
 
   if (time_ms == 0) time_ms = NowMilliseconds();
   last_message_time_ = time_ms / 1000;
@@ -117,7 +115,6 @@ bool LogTargetDefault::Log(int level, const LogContext& context, const char* for
 
 void LogTargetDefault::WriteHeader(int level, const LogContext& context,
                                    const HeaderBlock* replacement) {
-  rolled_ = false;
   if (replacement != nullptr) header_.Replace(*replacement);
   const auto log = [&](const std::string& text) {
     Log(level, context, text.c_str(), nullptr, 0, false);

@@ -46,7 +46,6 @@ class LogTargetDefault : public LogTargetBase {
   HeaderBlock header_;
   std::int64_t last_check_ = 0;         ///< of the file's size, in seconds since the epoch
   std::int64_t last_message_time_ = 0;  ///< in seconds since the epoch
-  bool rolled_ = false;                 ///< the file begins anew, and has no header yet
   bool thread_ids_ = true;
 };
 

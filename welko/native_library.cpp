@@ -1,9 +1,9 @@
 #include "welko/native_library.h"
 
 #include <dlfcn.h>
-#include <sys/stat.h>
 
 #include "welko/log_level.h"
+#include "welko/path.h"
 #include "welko/support_log.h"
 
 namespace welko {
@@ -19,19 +19,13 @@ void ReportLoadFailure(const char* path, const char* error) {
   }
 }
 
-bool IsSomethingElse(const std::string& path) {
-  struct stat status {};
-  return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
-}
-
 }  // namespace
 
 bool NativeLibrary::Load(const std::string& path) {
   if (handle_ != nullptr) return true;
-  // The loader would wait for the other end of a FIFO, for ever if there is none.
-  const bool is_file = !IsSomethingElse(path);
-  if (is_file) handle_ = dlopen(path.c_str(), RTLD_NOW);
-  if (handle_ == nullptr) ReportLoadFailure(path.c_str(), is_file ? dlerror() : "not a file");
+  const bool is_no_file = IsNoFile(path);
+  if (!is_no_file) handle_ = dlopen(path.c_str(), RTLD_NOW);
+  if (handle_ == nullptr) ReportLoadFailure(path.c_str(), is_no_file ? "not a file" : dlerror());
   return handle_ != nullptr;
 }
 

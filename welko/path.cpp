@@ -16,6 +16,11 @@ bool PathExists(const std::string& path) {
   return stat(path.c_str(), &status) == 0;
 }
 
+bool IsNoFile(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+}
+
 std::string LastPathComponent(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
 std::string WithoutLastPathComponent(const std::string& path) {
