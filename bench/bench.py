@@ -168,7 +168,7 @@ def table(samples):
     rows = []
     for title, ours, limit, most, others in ROWS:
         times = ratio(samples, ours, limit)
-        row = {"title": title, "ours": statistics.median(samples[ours]),
+        row = {"title": title, "name": ours, "ours": statistics.median(samples[ours]),
                "limit": statistics.median(samples[limit]), "ratio": times,
                "goal": most or None, "met": times <= most if most else None, "peers": {}}
         for peer, least in others.items():
@@ -176,7 +176,7 @@ def table(samples):
             row["peers"][next(part for part in peer.split("/") if part in PEERS)] = {
                 "figure": statistics.median(samples[peer]), "ratio": against, "goal": least or None,
                 "met": against > least if least else None}
-        rows.append(row | {"name": ours})
+        rows.append(row)
     return rows
 
 
@@ -190,7 +190,7 @@ def print_table(rows):
                  for name, peer in row["peers"].items()]
         print(f"{row['title']:32} {human(row['name'], row['ours']):>10} "
               f"{human(row['name'], row['limit']):>10}  "
-              f"{f'''{row['ratio']:.2f}''' + goal('≤', row['goal'], row['met']):20} {', '.join(peers)}")
+              f"{row['ratio']:.2f}{goal('≤', row['goal'], row['met']):16} {', '.join(peers)}")
 
 
 def growth_series(samples, sizes):
@@ -203,8 +203,6 @@ def growth_series(samples, sizes):
         if sizes[name] is not None:
             point["bytes"] = sizes[name]
         series[title].append(point)
-    for points in series.values():
-        points.sort(key=lambda point: point["items"])
     return series
 
 

@@ -14,6 +14,8 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <functional>
+#include <memory>
 #include <pugixml.hpp>
 #include <sstream>
 #include <string>
@@ -95,80 +97,64 @@ BENCHMARK_CAPTURE(MeasureLoad, libxml2, LoadLibxml2)->Name("load/libxml2")->SIZE
 BENCHMARK_CAPTURE(MeasureLoad, tinyxml2, LoadTinyxml2)->Name("load/tinyxml2")->SIZES;
 BENCHMARK_CAPTURE(MeasureLoad, pugixml, LoadPugixml)->Name("load/pugixml")->SIZES;
 
-void SaveLimit(benchmark::State& state) {
+// `open_document` reads the document of a path and gives a function that saves it there.
+void MeasureSave(benchmark::State& state,
+                 std::function<bool()> (*open_document)(const std::string& path)) {
   const bench::Scratch scratch;
   const std::string path = bench::MakePrefsFile(scratch, state.range(0));
+  const std::function<bool()> save = open_document(path);
+  for (auto _ : state) {
+    if (!save()) state.SkipWithError("the file is not written");
+  }
+  CountBytes(state, path);
+}
+
+std::function<bool()> OpenBytes(const std::string& path) {
   std::ostringstream text;
   text << std::ifstream(path).rdbuf();
-  const std::string bytes = text.str();
-  for (auto _ : state) {
+  return [path, bytes = text.str()] {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
-    benchmark::DoNotOptimize(write(file, bytes.data(), bytes.size()));
-    close(file);
-  }
-  CountBytes(state, path);
+    const ssize_t written = write(file, bytes.data(), bytes.size());
+    return close(file) == 0 && written == static_cast<ssize_t>(bytes.size());
+  };
 }
 
-void SaveStore(benchmark::State& state) {
-  const bench::Scratch scratch;
-  const std::string path = bench::MakePrefsFile(scratch, state.range(0));
-  esd::PrefsWriter store(path, "Preferences");
-  for (auto _ : state) {
-    if (!store.Save()) state.SkipWithError("the file is not written");
-  }
-  CountBytes(state, path);
+std::function<bool()> OpenStore(const std::string& path) {
+  return
+      [store = std::make_shared<esd::PrefsWriter>(path, "Preferences")] { return store->Save(); };
 }
 
-void SavePoco(benchmark::State& state) {
-  const bench::Scratch scratch;
-  const std::string path = bench::MakePrefsFile(scratch, state.range(0));
-  const PocoDocument document = ParseWithPoco(path);
-  Poco::XML::DOMWriter writer;
-  writer.setOptions(Poco::XML::XMLWriter::WRITE_XML_DECLARATION);
-  for (auto _ : state) writer.writeNode(path, document);
-  CountBytes(state, path);
+std::function<bool()> OpenPoco(const std::string& path) {
+  return [path, document = ParseWithPoco(path)] {
+    Poco::XML::DOMWriter writer;
+    writer.setOptions(Poco::XML::XMLWriter::WRITE_XML_DECLARATION);
+    writer.writeNode(path, document);
+    return true;
+  };
 }
 
-void SaveLibxml2(benchmark::State& state) {
-  const bench::Scratch scratch;
-  const std::string path = bench::MakePrefsFile(scratch, state.range(0));
-  xmlDocPtr document = xmlReadFile(path.c_str(), nullptr, 0);
-  for (auto _ : state) {
-    if (xmlSaveFile(path.c_str(), document) < 0) state.SkipWithError("the file is not written");
-  }
-  CountBytes(state, path);
-  xmlFreeDoc(document);
+std::function<bool()> OpenLibxml2(const std::string& path) {
+  const std::shared_ptr<xmlDoc> document(xmlReadFile(path.c_str(), nullptr, 0), &xmlFreeDoc);
+  return [path, document] { return xmlSaveFile(path.c_str(), document.get()) >= 0; };
 }
 
-void SaveTinyxml2(benchmark::State& state) {
-  const bench::Scratch scratch;
-  const std::string path = bench::MakePrefsFile(scratch, state.range(0));
-  tinyxml2::XMLDocument document;
-  document.LoadFile(path.c_str());
-  for (auto _ : state) {
-    if (document.SaveFile(path.c_str()) != tinyxml2::XML_SUCCESS) {
-      state.SkipWithError("the file is not written");
-    }
-  }
-  CountBytes(state, path);
+std::function<bool()> OpenTinyxml2(const std::string& path) {
+  const auto document = std::make_shared<tinyxml2::XMLDocument>();
+  document->LoadFile(path.c_str());
+  return [path, document] { return document->SaveFile(path.c_str()) == tinyxml2::XML_SUCCESS; };
 }
 
-void SavePugixml(benchmark::State& state) {
-  const bench::Scratch scratch;
-  const std::string path = bench::MakePrefsFile(scratch, state.range(0));
-  pugi::xml_document document;
-  document.load_file(path.c_str());
-  for (auto _ : state) {
-    if (!document.save_file(path.c_str(), "")) state.SkipWithError("the file is not written");
-  }
-  CountBytes(state, path);
+std::function<bool()> OpenPugixml(const std::string& path) {
+  const auto document = std::make_shared<pugi::xml_document>();
+  document->load_file(path.c_str());
+  return [path, document] { return document->save_file(path.c_str(), ""); };
 }
 
-BENCHMARK(SaveLimit)->Name("save/limit")->SIZES;
-BENCHMARK(SaveStore)->Name("save/wakerly")->SIZES;
-BENCHMARK(SavePoco)->Name("save/Poco")->SIZES;
-BENCHMARK(SaveLibxml2)->Name("save/libxml2")->SIZES;
-BENCHMARK(SaveTinyxml2)->Name("save/tinyxml2")->SIZES;
-BENCHMARK(SavePugixml)->Name("save/pugixml")->SIZES;
+BENCHMARK_CAPTURE(MeasureSave, limit, OpenBytes)->Name("save/limit")->SIZES;
+BENCHMARK_CAPTURE(MeasureSave, wakerly, OpenStore)->Name("save/wakerly")->SIZES;
+BENCHMARK_CAPTURE(MeasureSave, poco, OpenPoco)->Name("save/Poco")->SIZES;
+BENCHMARK_CAPTURE(MeasureSave, libxml2, OpenLibxml2)->Name("save/libxml2")->SIZES;
+BENCHMARK_CAPTURE(MeasureSave, tinyxml2, OpenTinyxml2)->Name("save/tinyxml2")->SIZES;
+BENCHMARK_CAPTURE(MeasureSave, pugixml, OpenPugixml)->Name("save/pugixml")->SIZES;
 
 }  // namespace
