@@ -187,15 +187,20 @@ class ForeignObjectTest : public RunTest, public testing::WithParamInterface<Kin
     }
   }
 
+  // A run with the object at `path`, which stays what it is.
+  void RunWith(const fs::path& path) {
+    Put(path);
+    const fs::file_status before = fs::symlink_status(path);
+    EXPECT_EQ(Run({"-mode=scheduled"}).status, 0);
+    EXPECT_EQ(fs::symlink_status(path).type(), before.type());
+    EXPECT_EQ(fs::exists(path / "Some file"), GetParam() == Kind::kFolder);
+  }
+
   const fs::path target = top / "Some target";
 };
 
 TEST_P(ForeignObjectTest, StandsWhereThePreferencesBelongAndStays) {
-  Put(prefs);
-  const fs::file_status before = fs::symlink_status(prefs);
-  EXPECT_EQ(Run({"-mode=scheduled"}).status, 0);
-  EXPECT_EQ(fs::symlink_status(prefs).type(), before.type());
-  EXPECT_EQ(fs::exists(prefs / "Some file"), GetParam() == Kind::kFolder);
+  RunWith(prefs);
   const bool is_link = GetParam() == Kind::kLink || GetParam() == Kind::kDanglingLink;
   EXPECT_EQ(ReadFile(prefs).find("LogLevel") != std::string::npos, is_link);
   EXPECT_EQ(ReadFile(target).find("SomebodyElses"), ReadFile(target).find("<", 50) + 1);
@@ -203,11 +208,7 @@ TEST_P(ForeignObjectTest, StandsWhereThePreferencesBelongAndStays) {
 }
 
 TEST_P(ForeignObjectTest, StandsWhereTheLogBelongsAndStays) {
-  Put(log);
-  const fs::file_status before = fs::symlink_status(log);
-  EXPECT_EQ(Run({"-mode=scheduled"}).status, 0);
-  EXPECT_EQ(fs::symlink_status(log).type(), before.type());
-  EXPECT_EQ(fs::exists(log / "Some file"), GetParam() == Kind::kFolder);
+  RunWith(log);
   EXPECT_TRUE(ReadFile(target).starts_with(kPrefs));
   EXPECT_NE(ReadFile(prefs).find("LogLevel"), std::string::npos);
 }
