@@ -11,10 +11,14 @@ BEGIN {
   floor["driver"] = 7
 }
 
+# `path` as an #include names it.
 function folder_of(path,    name) {
   for (name in floor) if (index(path, name "/") == 1) return name
   return ""
 }
+
+# The file as an #include names it, when it is one of the product.
+function own_name() { return index(FILENAME, "src/") == 1 ? substr(FILENAME, 5) : "" }
 
 function breach(why) {
   printf "%s:%d: %s: %s\n", FILENAME, FNR, why, $0
@@ -22,7 +26,7 @@ function breach(why) {
 }
 
 /^#include "/ {
-  from = folder_of(FILENAME)
+  from = folder_of(own_name())
   split($0, part, "\"")
   to = folder_of(part[2])
   if (from == "") next
@@ -31,11 +35,11 @@ function breach(why) {
   else if (from == "welko" && to != "welko" && to != "platform") breach("welko stands on platform alone")
 }
 
-/^#include <.*\.h>/ && FILENAME ~ /^platform\/[^\/]*\.h$/ { breach("a system header in the seam") }
+/^#include <.*\.h>/ && FILENAME ~ /^src\/platform\/[^\/]*\.h$/ { breach("a system header in the seam") }
 
 /^#(if|ifdef|ifndef|elif).*(__linux__|__APPLE__|__MACH__)/ { breach("an operating system named outside the build") }
 
-/std::filesystem|<filesystem>/ && folder_of(FILENAME) != "" && FILENAME !~ /^platform\/linux\// {
+/std::filesystem|<filesystem>/ && folder_of(own_name()) != "" && FILENAME !~ /^src\/platform\/linux\// {
   breach("std::filesystem, which macOS 10.13 lacks")
 }
 
