@@ -3,39 +3,24 @@
 #define BENCH_SUPPORT_H_
 
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "tests/scratch_folder.h"
+
 namespace bench {
 
-/// A new folder below $TMPDIR or /tmp, removed with its content at the end. The environment names
-/// it as the home folder and as the root of the machine's folders.
-class Scratch {
+/// A temporary folder, which the environment names as the home folder and as the root of the
+/// machine's folders.
+class Scratch : public test::ScratchFolder {
  public:
   Scratch() {
-    std::string pattern = std::filesystem::temp_directory_path() / "wakerly-bench-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) {
-      std::perror(pattern.c_str());
-      std::exit(1);
-    }
-    path_ = pattern;
-    setenv("HOME", path_.c_str(), 1);
-    setenv("WAKERLY_ROOT", path_.c_str(), 1);
+    setenv("HOME", path().c_str(), 1);
+    setenv("WAKERLY_ROOT", path().c_str(), 1);
   }
-  ~Scratch() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  Scratch(const Scratch&) = delete;
-  Scratch& operator=(const Scratch&) = delete;
 
-  std::string File(const std::string& name) const { return path_ / name; }
-
- private:
-  std::filesystem::path path_;
+  std::string File(const std::string& name) const { return path() / name; }
 };
 
 /// As many as the updater's schema has.

@@ -6,11 +6,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 #include <string_view>
+
+#include "tests/scratch_folder.h"
 
 /// Does one run over `size` bytes of input and returns 0; libFuzzer's name for it.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -47,26 +48,7 @@ inline std::string ReadFile(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// A temporary folder that goes when the process ends; one that aborts leaves it behind.
-class ScratchFolder {
- public:
-  ScratchFolder() {
-    std::string name = std::filesystem::temp_directory_path() / "wakerly-fuzz-XXXXXX";
-    if (mkdtemp(name.data()) == nullptr) Fail(__FILE__, __LINE__, "a temporary folder");
-    path_ = name;
-  }
-  ~ScratchFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
+using test::ScratchFolder;
 
 }  // namespace fuzz
 

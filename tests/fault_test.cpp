@@ -172,6 +172,7 @@ class ForeignObjectTest : public RunTest, public testing::WithParamInterface<Kin
   }
 
   void Put(const fs::path& path) const {
+    fs::remove(path);
     switch (GetParam()) {
       case Kind::kFolder:
         return WriteFile(path / "Some file", "Some text");

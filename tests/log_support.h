@@ -8,8 +8,6 @@
 
 namespace test {
 
-using Lines = std::vector<std::string>;
-
 inline void SetTimeZone(const std::string& zone) {
   setenv("TZ", zone.c_str(), 1);
   tzset();

@@ -1,7 +1,6 @@
 #include "tests/run_support.h"
 
 #include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -25,15 +24,16 @@ std::string PrefsText(const std::vector<std::pair<std::string, std::string>>& en
 RunTest::RunTest() {
   // What a run leaves running becomes this process's child, and can be waited for.
   prctl(PR_SET_CHILD_SUBREAPER, 1);
+  MakeEmptyLog(log);
 }
 
 void RunTest::InstallNotifier() const { Install(NOTIFIER, notifier); }
 void RunTest::InstallLibrary() const { Install(CLIENT_LIBRARY, library); }
 void RunTest::InstallSuite() const { fs::create_directories(suite); }
 
-int RunTest::Start(const std::vector<std::string>& arguments,
-                   const std::map<std::string, std::string>& settings,
-                   const std::function<void()>& prepare) const {
+pid_t RunTest::Start(const std::vector<std::string>& arguments,
+                     const std::map<std::string, std::string>& settings,
+                     const std::function<void()>& prepare) const {
   return StartChild([&] {
     setenv("NOTIFIER_TRACE", notifier_trace.c_str(), 1);
     setenv("KDUPDATER_TRACE", library_trace.c_str(), 1);
@@ -55,8 +55,7 @@ Outcome RunTest::Run(const std::vector<std::string>& arguments,
                      const std::function<void()>& prepare) const {
   Outcome outcome;
   outcome.status = WaitFor(Start(arguments, settings, prepare));
-  while (wait(nullptr) > 0) {
-  }
+  WaitForAllChildren();
   outcome.log = ReadLog(log);
   outcome.notifier = ReadLines(notifier_trace);
   outcome.library = ReadLines(library_trace);

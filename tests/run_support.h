@@ -23,7 +23,8 @@ struct Outcome {
 /// A preference file with these entries, as the program writes it.
 std::string PrefsText(const std::vector<std::pair<std::string, std::string>>& entries);
 
-/// The sample library calls back before its request returns, so that no run waits for it.
+/// The sample library calls back before its request returns, so that no run waits for it. An empty
+/// log lies where a run writes it, so that no run meets the lock of another test's.
 class RunTest : public TreeTest {
  protected:
   RunTest();
@@ -34,9 +35,9 @@ class RunTest : public TreeTest {
 
   /// Starts wakerly with `arguments`, and `settings` added to its environment, in a child process
   /// that runs `prepare` first. Hand the result to WaitFor.
-  int Start(const std::vector<std::string>& arguments,
-            const std::map<std::string, std::string>& settings = {},
-            const std::function<void()>& prepare = {}) const;
+  pid_t Start(const std::vector<std::string>& arguments,
+              const std::map<std::string, std::string>& settings = {},
+              const std::function<void()>& prepare = {}) const;
   /// The same, until it and the processes that it started have ended.
   Outcome Run(const std::vector<std::string>& arguments = {},
               const std::map<std::string, std::string>& settings = {},

@@ -187,7 +187,7 @@ TEST_F(RunTest, RunsWithoutALogWhileAnotherProcessHoldsThePreferences) {
   ASSERT_TRUE(locker.Lock());
   const Outcome outcome = Run({"-mode=scheduled"});
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_FALSE(fs::exists(log));
+  EXPECT_EQ(ReadFile(log), "");
   EXPECT_EQ(ReadFile(prefs), kDuePrefs);
   EXPECT_THAT(outcome.notifier, SizeIs(1));
   EXPECT_THAT(outcome.library, Contains("release"));
@@ -196,6 +196,7 @@ TEST_F(RunTest, RunsWithoutALogWhileAnotherProcessHoldsThePreferences) {
 TEST_F(RunTest, DoesItsWorkWithoutAHomeFolderOrALog) {
   InstallNotifier();
   InstallLibrary();
+  fs::remove(log);
   for (const char* folder : {"/dev/null", home.c_str()}) {
     fs::create_directories(log);  // a folder where the log belongs
     const Outcome outcome = Run({"-mode=scheduled"}, {{"HOME", folder}, {"TMPDIR", "/dev/null"}});

@@ -2,60 +2,113 @@
 
 #include <sys/ipc.h>
 #include <sys/sem.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
+#include <iostream>
 #include <regex>
 #include <sstream>
 
 namespace test {
 namespace {
 
-fs::path MakeTemporaryFolder() {
-  std::string path = fs::temp_directory_path() / "wakerly-test-XXXXXX";
-  return mkdtemp(path.data());
+mode_t CurrentMask() {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return mask;
 }
 
-void RemoveLogLock(const fs::path& log) {
-  const key_t key = ftok(log.c_str(), 11);
-  const int set = key == -1 ? -1 : semget(key, 0, 0);
-  if (set != -1) semctl(set, 0, IPC_RMID);
+Lines CurrentEnvironment() {
+  Lines environment;
+  for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
+    environment.emplace_back(*variable);
+  }
+  return environment;
+}
+
+std::string DescribeStatus(pid_t child) {
+  return "child process " + std::to_string(child) + " lasted longer than " +
+         std::to_string(kDeadline.count()) + " seconds and was killed";
+}
+
+// Waits for `child`, or any with -1, without a word. The id is 0 when the deadline passes first.
+pid_t WaitUntilDeadline(pid_t child, int& status) {
+  const auto deadline = std::chrono::steady_clock::now() + kDeadline;
+  pid_t ended = 0;
+  while ((ended = waitpid(child, &status, WNOHANG)) == 0) {
+    if (std::chrono::steady_clock::now() > deadline) return 0;
+    usleep(300);
+  }
+  return ended;
+}
+
+// The child processes of this one, as far as the system tells (proc(5)).
+std::vector<pid_t> Children() {
+  std::istringstream ids(ReadFile("/proc/self/task/" + std::to_string(gettid()) + "/children"));
+  std::vector<pid_t> children;
+  for (pid_t id = 0; ids >> id;) children.push_back(id);
+  return children;
 }
 
 }  // namespace
 
-TreeTest::TreeTest() : top(MakeTemporaryFolder()), home(top / "home"), root(top / "root") {
+ProcessState::ProcessState()
+    : environment_(CurrentEnvironment()),
+      folder_(fs::current_path()),
+      mask_(CurrentMask()),
+      user_(geteuid()) {}
+
+ProcessState::~ProcessState() {
+  EXPECT_EQ(seteuid(user_), 0) << "the former effective user is not given back";
+  umask(mask_);
+  fs::current_path(folder_);
+  clearenv();
+  for (const std::string& variable : environment_) {
+    const std::size_t equals = variable.find('=');
+    setenv(variable.substr(0, equals).c_str(), variable.substr(equals + 1).c_str(), 1);
+  }
+  tzset();
+}
+
+TreeTest::TreeTest() {
+  umask(022);
   fs::create_directories(home);
   fs::create_directories(root);
   setenv("HOME", home.c_str(), 1);
   setenv("WAKERLY_ROOT", root.c_str(), 1);
   // What a killed process leaves there goes with the folder.
   setenv("TMPDIR", top.c_str(), 1);
-  for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) unsetenv(name);
+  for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG", "TZ"}) unsetenv(name);
+  tzset();
 }
 
 TreeTest::~TreeTest() {
-  for (const auto& entry : fs::recursive_directory_iterator(top)) {
-    if (entry.is_regular_file()) RemoveLogLock(entry.path());
+  WaitForAllChildren();
+  std::error_code ignored;  // folders that a test has closed hold no log
+  for (fs::recursive_directory_iterator entry(top, ignored), end; entry != end;
+       entry.increment(ignored)) {
+    if (entry->is_regular_file(ignored)) RemoveLogLock(entry->path());
   }
-  while (wait(nullptr) > 0) {
-  }
-  fs::remove_all(top);
 }
 
 std::string ReadFile(const fs::path& path) {
-  if (fs::is_fifo(path)) return "";
+  std::error_code ignored;
+  if (fs::is_fifo(path, ignored)) return "";
   std::ostringstream text;
   text << std::ifstream(path, std::ios::binary).rdbuf();
   return text.str();
 }
 
-std::vector<std::string> ReadLines(const fs::path& path) {
+Lines ReadLines(const fs::path& path) {
   std::istringstream text(ReadFile(path));
-  std::vector<std::string> lines;
+  Lines lines;
   for (std::string line; std::getline(text, line);) lines.push_back(line);
   return lines;
 }
@@ -65,45 +118,122 @@ void WriteFile(const fs::path& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
 }
 
-std::vector<std::string> Names(const fs::path& folder) {
-  std::vector<std::string> names;
+Lines Names(const fs::path& folder) {
+  Lines names;
   for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
   std::sort(names.begin(), names.end());
   return names;
 }
 
-std::vector<std::string> ReadLog(const fs::path& path) {
+std::string Rights(const fs::path& path) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0) return "nothing";
+  std::ostringstream text;
+  text << "mode 0" << std::oct << (status.st_mode & 07777) << std::dec << ", owner "
+       << status.st_uid << ", group " << status.st_gid;
+  return text.str();
+}
+
+std::string Text(const Lines& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  return text;
+}
+
+void MakeEmptyLog(const fs::path& log) {
+  WriteFile(log, "");
+  RemoveLogLock(log);
+}
+
+void RemoveLogLock(const fs::path& log) {
+  const key_t key = ftok(log.c_str(), 11);
+  const int set = key == -1 ? -1 : semget(key, 0, 0);
+  if (set != -1) semctl(set, 0, IPC_RMID);
+}
+
+Lines ReadLog(const fs::path& path) {
   static const std::regex layout(
       R"(^\d\d/\d\d/\d\d \d\d:\d\d:\d\d:\d\d\d( \| \[\w+\] \|(?: [^|]*\|){6} )\d+( \| .*)$)");
-  std::vector<std::string> lines = ReadLines(path);
+  Lines lines = ReadLines(path);
   for (std::string& line : lines) line = std::regex_replace(line, layout, "TIME$1TID$2");
   return lines;
 }
 
-std::vector<std::string> HeaderMessages() {
+Lines HeaderMessages() {
   const std::string stars(78, '*');
   return {stars, "Bit: 64", "OS Locale: en_US", "OS Name: Mac OS 0.0.0", "OS Version: 0.0.0",
           stars};
 }
 
-std::vector<std::string> Messages(const std::vector<std::string>& lines) {
-  std::vector<std::string> messages;
-  for (const std::string& line : lines) messages.push_back(line.substr(line.rfind(" | ") + 3));
+Lines Messages(const Lines& lines) {
+  Lines messages;
+  for (const std::string& line : lines) {
+    const std::size_t separator = line.rfind(" | ");
+    messages.push_back(separator == std::string::npos ? line : line.substr(separator + 3));
+  }
   return messages;
+}
+
+bool Eventually(const std::string& what, const std::function<bool()>& condition) {
+  const auto deadline = std::chrono::steady_clock::now() + kDeadline;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) {
+      ADD_FAILURE() << "waited " << kDeadline.count() << " seconds in vain for " << what;
+      return false;
+    }
+    usleep(300);
+  }
+  return true;
 }
 
 int InChild(const std::function<int()>& body) { return WaitFor(StartChild(body)); }
 
-int StartChild(const std::function<int()>& body) {
-  const int child = fork();
-  if (child == 0) _exit(body());
-  return child;
+pid_t StartChild(const std::function<int()>& body) {
+  std::cout << std::flush;
+  const pid_t child = fork();
+  if (child != 0) return child;
+  try {
+    _exit(body());
+  } catch (const std::exception& error) {
+    std::cerr << "a child process ends with an exception: " << error.what() << std::endl;
+  } catch (...) {
+    std::cerr << "a child process ends with an exception" << std::endl;
+  }
+  _exit(255);
 }
 
-int WaitFor(int child) {
+int WaitFor(pid_t child) {
   int status = 0;
-  if (waitpid(child, &status, 0) != child) return -1;
+  const pid_t ended = WaitUntilDeadline(child, status);
+  if (ended == 0) {
+    ADD_FAILURE() << DescribeStatus(child);
+    kill(child, SIGKILL);
+    waitpid(child, &status, 0);
+  }
+  if (ended < 0) return -1;
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+void WaitForAllChildren() {
+  int status = 0;
+  pid_t ended = 0;
+  while ((ended = WaitUntilDeadline(-1, status)) > 0) {
+  }
+  if (ended < 0) return;
+  for (const pid_t child : Children()) {
+    ADD_FAILURE() << DescribeStatus(child);
+    kill(child, SIGKILL);
+    waitpid(child, &status, 0);
+  }
+}
+
+void ExpectInChild(const std::function<void()>& body) {
+  const int status = InChild([&] {
+    body();
+    std::cout << std::flush;
+    return testing::Test::HasFailure() ? 1 : 0;
+  });
+  EXPECT_EQ(status, 0) << "what failed in the child process stands above";
 }
 
 }  // namespace test

@@ -33,7 +33,8 @@ TEST_F(UpdaterPrefs, HaveDefaultsAndOneFile) {
   EXPECT_TRUE(own.GetlogFileLibPref().IsDefault(prefs_folder / "orlanuuLib.log"));
   EXPECT_TRUE(own.GetUpdaterDailyScheduledTimeHHPref().IsDefault(2));
   EXPECT_TRUE(own.GetProxyPortPref().Set("1"));
-  EXPECT_EQ(test::Names(prefs_folder), std::vector<std::string>{"VantreUpdaterOrlaneePrefs.dat"});
+  EXPECT_EQ(test::Names(prefs_folder),
+            (test::Lines{"VantreUpdaterOrlaneePrefs.dat", "orlanul.log"}));
 }
 
 template <typename T>
@@ -110,6 +111,7 @@ TEST_F(UpdaterPrefs, ForgetAScheduledTaskThatIsGoneAndNotNeeded) {
 }
 
 TEST_F(UpdaterPrefs, CannotBeMadeWithoutAFolderAndSayWhenTheInventoryIsMissing) {
+  test::fs::remove_all(home / "Library");
   WriteFile(home / "Library", "");
   WriteFile(root / "tmp", "");
   esd::InitUpdaterLog(top / "log", 2, "", "", "");

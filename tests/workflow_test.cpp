@@ -12,8 +12,6 @@ namespace {
 
 using testing::ElementsAreArray;
 
-using Lines = std::vector<std::string>;
-
 constexpr const char* kLatest =
     "latest record=4 name=MondoUpdater version=" WAKERLY_VERSION " reserved=0";
 constexpr const char* kInvoke = "invoke record=4 name=MondoUpdater reserved=0";
