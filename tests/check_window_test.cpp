@@ -1,7 +1,6 @@
 #include "driver/check_window.h"
 
 #include <ctime>
-#include <map>
 
 #include "driver/enabled_check.h"
 #include "esd/log/updater_log.h"
@@ -37,34 +36,35 @@ struct CheckTest : test::RunTest {
   }
 };
 
-TEST_F(CheckTest, WindowElapsesByTheLocalDateOfTheLastCheck) {
-  const string due = "Scheduled check window has elapsed \n1";
-  const string not_due = "Scheduled check window has not yet elapsed \n0";
-  const string never = "Scheduled check frequency has been set to never. No need to run updater.\n";
-  std::map<string, std::vector<string>> rows;  // today, last check and frequency, by the outcome
-  rows[due] = {"2021-04-30 2021-04-29T23:59:59 0", "2021-04-30 2021-04-23T:: 1",
-               "2021-04-30 2021-03-31T:: 2",       "2024-03-30 2024-02-29T:: -1",
-               "2021-04-30 2021-04-30 0",          "2021-04-30 2021-02-30T:: 0"};
-  rows[not_due] = {"2021-04-30 2021-04-30T00:00:00 0", "2021-04-30 2021-04-24T:: 1",
-                   "2021-04-30 2021-04-01T:: 4",       "2024-03-30 2024-03-01T:: 2",
-                   "2021-04-30 2020-01-01T:: daily",   "2021-04-30 2021-05-01T:: 0"};
-  rows["Invalid Time 1:2:3:\n" + due] = {"2021-04-30 2021-04-30T1:2:3: 0"};
-  rows["Updater has never been run on the machine.\n0"] = {"2021-04-30  0"};
-  rows[never + "0"] = {"2021-04-30 2020-01-01T10:00 3"};
-  for (const auto& [logged, cases] : rows) {
-    for (const string& row : cases) {
-      const string today = row.substr(0, 10), last = row.substr(11, row.rfind(' ') - 11);
-      const string frequency = row.substr(row.rfind(' ') + 1);
-      const auto text = [&](const string& date) {
-        return PrefsText({{"LastDateCheck", date}, {"UpdaterPrefSchedCheckFreq", frequency}});
-      };
-      for (const char* time : {" 00:00:00", " 23:59:00"}) {
-        WriteFile(prefs, text(last));
-        SetLocalTime(today + time);
-        EXPECT_EQ(Logged(wakerly::IsScheduledCheckWindowElapsed), logged) << row << time;
-        EXPECT_EQ(test::ReadFile(prefs), text(last == "2021-05-01T::" ? today : last));
-      }
-    }
+// The date is the local one: half a day away from Greenwich it is another.
+TEST_F(CheckTest, WindowElapsesByTheLocalDateAndReplacesADateAhead) {
+  struct Row {
+    const char *now, *last_check, *frequency, *logged, *kept;
+  };
+  const char* const not_due = "Scheduled check window has not yet elapsed \n0";
+  const char* const due = "Scheduled check window has elapsed \n1";
+  const Row rows[] = {
+      {"2021-04-30 00:00:00", "2021-04-29T23:59:59", "0", due, "2021-04-29T23:59:59"},
+      {"2021-04-29 23:59:00", "2021-04-29T23:59:59", "0", not_due, "2021-04-29T23:59:59"},
+      {"2021-04-30 23:59:00", "2021-05-01T::", "0", not_due, "2021-04-30"},
+      {"2021-04-30 12:00:00", "2021-04-01T::", "daily", not_due, "2021-04-01T::"},
+      {"2021-04-30 12:00:00", "2021-04-30T1:2", "0",
+       "Invalid Time 1:2\nScheduled check window has elapsed \n1", "2021-04-30T1:2"},
+      {"2021-04-30 12:00:00", "", "0", "Updater has never been run on the machine.\n0", ""},
+      {"2021-04-30 12:00:00", "2020-01-01T::", "3",
+       "Scheduled check frequency has been set to never. No need to run updater.\n0",
+       "2020-01-01T::"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(string("now ") + row.now + ", last check \"" + row.last_check +
+                 "\", frequency \"" + row.frequency + "\"");
+    const auto text = [&](const string& date) {
+      return PrefsText({{"LastDateCheck", date}, {"UpdaterPrefSchedCheckFreq", row.frequency}});
+    };
+    WriteFile(prefs, text(row.last_check));
+    SetLocalTime(row.now);
+    EXPECT_EQ(Logged(wakerly::IsScheduledCheckWindowElapsed), row.logged);
+    EXPECT_EQ(test::ReadFile(prefs), text(row.kept));
   }
 }
 

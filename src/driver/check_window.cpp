@@ -1,12 +1,11 @@
 #include "driver/check_window.h"
 
-#include <algorithm>
 #include <boost/date_time/gregorian/formatters.hpp>
 #include <boost/date_time/gregorian/gregorian_types.hpp>
-#include <boost/date_time/gregorian/parsers.hpp>
-#include <cstddef>
+#include <optional>
 #include <string>
 
+#include "driver/check_schedule.h"
 #include "esd/log/updater_log.h"
 #include "esd/prefs/updater_prefs.h"
 
@@ -17,67 +16,63 @@ using boost::gregorian::date;
 using esd::VantreUpdaterPrefs;
 
 constexpr int kLevel = 2;
-constexpr int kDaily = 0;
-constexpr int kWeekly = 1;
-constexpr int kNever = 3;
 
-// Empty fields count, but an empty text has none.
-std::ptrdiff_t CountTimeFields(const std::string& time) {
-  return time.empty() ? 0 : std::count(time.begin(), time.end(), ':') + 1;
+// None when the value cannot be read.
+template <typename T>
+std::optional<T> Read(esd::BasicPref<T>& pref) {
+  T value{};
+  return pref.Get(value) ? std::optional<T>(std::move(value)) : std::nullopt;
 }
 
-date LatestDueDate(const date& today, int frequency) {
-  if (frequency == kDaily) return today - boost::gregorian::days(1);
-  if (frequency == kWeekly) return today - boost::gregorian::weeks(1);
-  return today - boost::gregorian::months(1);
+// None when the local clock fails.
+std::optional<date> Today() {
+  try {
+    return date(boost::gregorian::day_clock::local_day_ymd());
+  } catch (...) {
+    return std::nullopt;
+  }
 }
 
-// Throws when the text is no date, and when the local clock fails.
-bool IsDateDue(VantreUpdaterPrefs& prefs, std::string last_date, int frequency) {
-  last_date.erase(4, 1).erase(6, 1);
-  const date last = boost::gregorian::from_undelimited_string(last_date);
-  const date today(boost::gregorian::day_clock::local_day_ymd());
-  // The clock went back; from now on the days count from here.
-  if (today < last) prefs.GetLastDateCheckPref().Set(to_iso_extended_string(today));
-  return frequency != kNever && last <= LatestDueDate(today, frequency);
+// False when that throws; a value that cannot be stored is no matter.
+bool ReplaceLastCheck(VantreUpdaterPrefs& prefs, const date& today) {
+  try {
+    prefs.GetLastDateCheckPref().Set(to_iso_extended_string(today));
+    return true;
+  } catch (...) {
+    return false;
+  }
 }
 
 bool IsCheckDateDue(VantreUpdaterPrefs& prefs) {
-  std::string last_check;
-  int frequency = 0;
-  if (!prefs.GetLastDateCheckPref().Get(last_check) ||
-      !prefs.GetUpdaterPrefSchedCheckFreqPref().Get(frequency)) {
-    return false;
-  }
-  const std::size_t separator = last_check.find('T');
-  if (separator == std::string::npos) return true;
-  const std::string time = last_check.substr(separator + 1);
-  if (CountTimeFields(time) != 3) {
-    esd::UpdaterLog(kLevel, "Invalid Time " + time);
-    return true;
-  }
-  const std::string last_date = last_check.substr(0, separator);
-  if (last_date.empty()) return true;
-  try {
-    return IsDateDue(prefs, last_date, frequency);
-  } catch (...) {
-    return true;
-  }
+  const std::optional<std::string> last_check = Read(prefs.GetLastDateCheckPref());
+  std::optional<int> frequency;
+  if (last_check) frequency = Read(prefs.GetUpdaterPrefSchedCheckFreqPref());
+  const std::optional<date> today = Today();
+  const CheckSchedule schedule = ScheduleCheckByDate(last_check, frequency, today);
+  if (schedule.invalid_time) esd::UpdaterLog(kLevel, "Invalid Time " + *schedule.invalid_time);
+  if (schedule.replaces_last_check && !ReplaceLastCheck(prefs, *today)) return true;
+  return schedule.due;
 }
 
+// Each value is read twice: once for whether there is anything to count from and for, then, in
+// IsCheckDateDue, for the count. Another process may change them in between.
 bool IsWindowElapsed(VantreUpdaterPrefs& prefs) {
-  std::string last_check;
-  int frequency = kDaily;
-  prefs.GetLastDateCheckPref().Get(last_check);
-  if (last_check.empty()) {
-    esd::UpdaterLog(kLevel, "Updater has never been run on the machine.");
-    return false;
+  const std::optional<std::string> last_check = Read(prefs.GetLastDateCheckPref());
+  std::optional<int> frequency;
+  if (last_check && !last_check->empty()) {
+    frequency = Read(prefs.GetUpdaterPrefSchedCheckFreqPref());
   }
-  prefs.GetUpdaterPrefSchedCheckFreqPref().Get(frequency);
-  if (frequency == kNever) {
-    esd::UpdaterLog(kLevel,
-                    "Scheduled check frequency has been set to never. No need to run updater.");
-    return false;
+  switch (ScheduleCheck(last_check, frequency, Today()).reason) {
+    case CheckReason::kLastCheckUnreadable:
+    case CheckReason::kNeverRun:
+      esd::UpdaterLog(kLevel, "Updater has never been run on the machine.");
+      return false;
+    case CheckReason::kNever:
+      esd::UpdaterLog(kLevel,
+                      "Scheduled check frequency has been set to never. No need to run updater.");
+      return false;
+    default:
+      break;
   }
   const bool due = IsCheckDateDue(prefs);
   esd::UpdaterLog(kLevel, due ? "Scheduled check window has elapsed "
