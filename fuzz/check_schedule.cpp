@@ -1,6 +1,6 @@
 // Any text as the last check, on any day: an answer without an exception, never sooner with a
 // longer period, and due from the day that it names on, not before. Input: the frequency, today in
-// days since the calendar's first, and from the third line on the last check.
+// days since a first one, and from the third line on the last check.
 #include "driver/check_schedule.h"
 
 #include <algorithm>
@@ -17,7 +17,8 @@ using wakerly::CheckReason;
 using wakerly::CheckSchedule;
 using wakerly::ScheduleCheck;
 
-const date kFirst(boost::date_time::min_date_time);
+// A month after the calendar's first day: before, the day a month ago is none, and a check is due.
+const date kFirst(1400, 2, 1);
 const date kLast(boost::date_time::max_date_time);
 
 long Number(std::string_view text) { return std::strtol(string(text).c_str(), nullptr, 10); }
