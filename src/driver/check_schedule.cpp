@@ -4,6 +4,7 @@
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/gregorian/parsers.hpp>
 #include <cstddef>
+#include <stdexcept>
 
 namespace wakerly {
 namespace {
@@ -36,13 +37,17 @@ date LatestDueDate(const date& day, int frequency) {
   return day - boost::gregorian::months(1);
 }
 
-// Months differ in length and their ends count as equal: no sum of days tells. None where the
-// calendar ends before.
+// Months differ in length and their ends count as equal: no sum of days tells. None where an end of
+// the calendar is too near.
 std::optional<date> FirstDueDate(const date& last, int frequency) {
-  const date end(boost::date_time::max_date_time);
-  for (date day = last; day < end;) {
-    day += days(1);
-    if (last <= LatestDueDate(day, frequency)) return day;
+  try {
+    const date end(boost::date_time::max_date_time);
+    for (date day = last; day < end;) {
+      day += days(1);
+      if (last <= LatestDueDate(day, frequency)) return day;
+    }
+  } catch (const std::out_of_range&) {
+    // The day a period before is none.
   }
   return std::nullopt;
 }
