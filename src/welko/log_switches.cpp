@@ -1,12 +1,11 @@
 #include "welko/log_switches.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <initializer_list>
 
+#include "platform/file_type.h"
 #include "welko/library_logs.h"
 #include "welko/log_level.h"
 #include "welko/path.h"
@@ -15,8 +14,7 @@ namespace welko {
 namespace {
 
 bool IsRegularFile(const std::string& path) {
-  struct stat status {};
-  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+  return platform::TypeOf(path) == platform::FileType::kRegular;
 }
 
 }  // namespace

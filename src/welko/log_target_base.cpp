@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "platform/console_user.h"
+#include "platform/file_type.h"
 #include "welko/library_logs.h"
 #include "welko/log_level.h"
 #include "welko/log_switches.h"
@@ -14,15 +15,9 @@
 namespace welko {
 namespace {
 
-bool IsFolder(const std::string& path) {
-  struct stat status {};
-  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
 // A link in the folder's place stays as it is, and so does what it points to.
 void ShareWithConsoleUser(const std::string& folder, const platform::ConsoleUser& user) {
-  struct stat status {};
-  if (lstat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return;
+  if (platform::TypeOfLink(folder) != platform::FileType::kFolder) return;
   [[maybe_unused]] const int ignored = chown(folder.c_str(), user.uid, user.gid);
   chmod(folder.c_str(), 0777);
 }
@@ -32,7 +27,7 @@ bool FindSuiteLogsFolder(std::string& out) {
   if (!GetConsoleUserLogsFolder(logs)) return false;
   const std::string suite = logs + "/Lumora";
   out = suite + "/Lumdesk";
-  if (IsFolder(out)) return true;
+  if (platform::TypeOf(out) == platform::FileType::kFolder) return true;
   mkdir(suite.c_str(), 0777);
   mkdir(out.c_str(), 0777);
   if (const std::optional<platform::ConsoleUser> user = platform::FindConsoleUser()) {

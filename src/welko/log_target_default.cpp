@@ -7,6 +7,7 @@
 #include <cstring>
 #include <optional>
 
+#include "platform/file_type.h"
 #include "platform/system_version.h"
 #include "platform/thread_id.h"
 #include "welko/library_logs.h"
@@ -21,12 +22,6 @@ namespace {
 constexpr std::int64_t kSecondsBetweenChecks = 900;
 constexpr std::size_t kBackupsKept = 2;
 constexpr std::size_t kMessageBuffer = 4096;  // with the terminating zero
-
-std::optional<std::int64_t> FileSize(const std::string& path) {
-  struct stat status {};
-  if (stat(path.c_str(), &status) != 0) return std::nullopt;
-  return status.st_size;
-}
 
 std::int64_t SizeLimit(int level) {
   constexpr std::int64_t kMiB = 1048576;
@@ -58,10 +53,9 @@ LogTargetDefault::LogTargetDefault(const char* name) {
 LogTargetDefault::~LogTargetDefault() { LogTargetDefault::Close(); }
 
 bool LogTargetDefault::OpenStream(std::fstream& stream) {
-  struct stat status {};
-  const bool existed = lstat(file_path_.c_str(), &status) == 0;
+  const bool existed = platform::IsFound(platform::TypeOfLink(file_path_));
   if (stream.is_open()) stream.close();
-  if (IsNoFile(file_path_)) return false;
+  if (platform::IsOtherThanFile(file_path_)) return false;
   stream.open(file_path_, std::ios::out | std::ios::app);
   if (!existed && stream.good() && chmod(file_path_.c_str(), 0666) != 0) {
     std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));
@@ -134,7 +128,7 @@ void LogTargetDefault::WriteLine(const char* text) {
 // held.
 bool LogTargetDefault::CheckRollOver() {
   const bool keeps_old_logs = KeepsOldLogs(WithoutLastPathComponent(file_path_));
-  const std::optional<std::int64_t> size = FileSize(file_path_);
+  const std::optional<std::int64_t> size = platform::SizeOf(file_path_);
   if (!size) return false;
   if (*size < SizeLimit(level_)) return true;
   stream_.close();

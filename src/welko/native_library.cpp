@@ -2,8 +2,8 @@
 
 #include <dlfcn.h>
 
+#include "platform/file_type.h"
 #include "welko/log_level.h"
-#include "welko/path.h"
 #include "welko/support_log.h"
 
 namespace welko {
@@ -23,9 +23,12 @@ void ReportLoadFailure(const char* path, const char* error) {
 
 bool NativeLibrary::Load(const std::string& path) {
   if (handle_ != nullptr) return true;
-  const bool is_no_file = IsNoFile(path);
-  if (!is_no_file) handle_ = dlopen(path.c_str(), RTLD_NOW);
-  if (handle_ == nullptr) ReportLoadFailure(path.c_str(), is_no_file ? "not a file" : dlerror());
+  if (platform::IsOtherThanFile(path)) {
+    ReportLoadFailure(path.c_str(), "not a file");
+    return false;
+  }
+  handle_ = dlopen(path.c_str(), RTLD_NOW);
+  if (handle_ == nullptr) ReportLoadFailure(path.c_str(), dlerror());
   return handle_ != nullptr;
 }
 

@@ -1,6 +1,6 @@
 #include "welko/path.h"
 
-#include <sys/stat.h>
+#include "platform/file_type.h"
 
 namespace welko {
 
@@ -11,15 +11,7 @@ void AppendPathComponent(std::string& path, const std::string& component) {
   if (start != std::string::npos) path.append(component, start);
 }
 
-bool PathExists(const std::string& path) {
-  struct stat status {};
-  return stat(path.c_str(), &status) == 0;
-}
-
-bool IsNoFile(const std::string& path) {
-  struct stat status {};
-  return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
-}
+bool PathExists(const std::string& path) { return platform::IsFound(platform::TypeOf(path)); }
 
 std::string LastPathComponent(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 

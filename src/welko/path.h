@@ -13,10 +13,6 @@ void AppendPathComponent(std::string& path, const std::string& component);
 /// Whether anything, a file or a folder, stands at `path`; symbolic links are followed.
 bool PathExists(const std::string& path);
 
-/// Whether a folder, FIFO or device stands at `path`; symbolic links are followed. Opening one of
-/// them can wait for ever: a FIFO, for its other end.
-bool IsNoFile(const std::string& path);
-
 /// What stands after the last "/"; the whole path when there is none.
 std::string LastPathComponent(const std::string& path);
 

@@ -1,11 +1,10 @@
 #include "esd/prefs/launch_agent.h"
 
-#include <sys/stat.h>
-
 #include <cstdio>
 #include <cstring>
 
 #include "esd/util/special_folder.h"
+#include "platform/file_type.h"
 
 namespace esd {
 namespace {
@@ -38,8 +37,7 @@ bool IsScheduledTaskPresent(std::uint32_t& errorCode, const std::wstring& /*labe
   if (!GetLaunchAgentsFolder(errorCode, path, sizeof path, false)) return false;
   const std::size_t length = std::strlen(path);
   std::snprintf(path + length, sizeof path - length, "%s", kAgentFile);
-  struct stat status {};
-  return stat(path, &status) == 0 && status.st_size > 0;
+  return platform::SizeOf(path).value_or(0) > 0;
 }
 
 }  // namespace esd

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/file_attributes.h"
+#include "platform/file_type.h"
 
 namespace esd {
 namespace {
@@ -27,8 +28,7 @@ bool DeleteTree(std::string path) {
     remove(item->fts_accpath);
   }
   // Whatever could not be removed keeps the folders above it.
-  struct stat status {};
-  return lstat(path.c_str(), &status) != 0;
+  return !platform::IsFound(platform::TypeOfLink(path));
 }
 
 bool IsVolumeReadOnly(const std::string& path) {

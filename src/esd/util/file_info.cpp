@@ -7,12 +7,12 @@
 #include <optional>
 
 #include "platform/file_attributes.h"
+#include "platform/file_type.h"
 
 namespace esd {
 
 bool ObjectExistsAtPath(const std::string& path) {
-  struct stat status {};
-  return stat(path.c_str(), &status) == 0;
+  return platform::IsFound(platform::TypeOf(path));
 }
 
 bool GetModificationStamp(const std::string& path, std::uint64_t& stamp) {
@@ -41,8 +41,7 @@ bool AddPermissionBits(const std::string& path, std::uint16_t bits) {
 }
 
 bool MakeSharedWritable(const std::string& path) {
-  struct stat status {};
-  const bool is_folder = stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+  const bool is_folder = platform::TypeOf(path) == platform::FileType::kFolder;
   return chmod(path.c_str(), is_folder ? 0775 : 0664) == 0;
 }
 

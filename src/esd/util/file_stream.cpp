@@ -1,20 +1,14 @@
 #include "esd/util/file_stream.h"
 
-#include <sys/stat.h>
+#include "platform/file_type.h"
 
 namespace esd {
 namespace {
 
-// Opening a FIFO waits for its other end, for ever if there is none.
-bool IsSomethingElse(const std::string& path) {
-  struct stat status {};
-  return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
-}
-
 template <typename Stream>
 std::unique_ptr<Stream> OpenFile(const std::string& path, std::ios::openmode mode) {
   auto stream = std::make_unique<Stream>();
-  if (IsSomethingElse(path)) {
+  if (platform::IsOtherThanFile(path)) {
     stream->setstate(std::ios::failbit);
   } else {
     stream->open(path, mode);
