@@ -36,7 +36,7 @@ constexpr unsigned kLogs = ~0U;  // stands for the logs folder among the ids
 
 std::string Path(unsigned id) {
   std::string out;
-  if (id == kLogs) return welko::GetConsoleUserLogsFolder(out) ? out : "none";
+  if (id == kLogs) return welko::GetConsoleUserLogsFolder().value_or("none");
   return welko::GetFolderPath(id, out) ? out : "none";
 }
 

@@ -21,15 +21,6 @@ bool IsScheduledMode(int argc, char** argv) {
   return argc >= 2 && std::strcmp(argv[1], "-mode=scheduled") == 0;
 }
 
-// The desktop suite does the notifier's work where it is installed.
-bool IsSuitePresent() {
-  std::string suite;
-  welko::GetFolderPath(welko::kFolderLumoraUtilities, suite);
-  welko::AppendPathComponent(suite, "Lumdesk");
-  welko::AppendPathComponent(suite, "Lumora.app");
-  return welko::PathExists(suite);
-}
-
 bool IsWindowElapsed() {
   const bool elapsed = wakerly::IsScheduledCheckWindowElapsed();
   esd::UpdaterLog(kLevel, elapsed ? "Wakerly : Window is Elapsed and going to launch Tarnik."
@@ -39,7 +30,8 @@ bool IsWindowElapsed() {
 
 void LaunchNotifier(const std::string& path) {
   esd::UpdaterLogValue(kLevel, "Wakerly: Calling LaunchExecutable for exe ", path);
-  if (!IsSuitePresent()) platform::LaunchApplication(path);
+  // The desktop suite does the notifier's work where it is installed.
+  if (!welko::PathExists(welko::DesktopSuitePath())) platform::LaunchApplication(path);
 }
 
 void RunClientLibrary() {

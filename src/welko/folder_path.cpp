@@ -22,8 +22,8 @@ constexpr platform::FolderType kPreferences = platform::kPreferencesFolderType;
 constexpr platform::FolderType kSharedData = platform::kSharedUserDataFolderType;
 constexpr platform::FolderType kUtilities = platform::kUtilitiesFolderType;
 
-// What the result of an id tells: whether the system's folder was found, or nothing.
-enum class Tells { kLookup, kNothing };
+// What GetFolderPath returns for an id: whether the system's folder was found, or always true.
+enum class Result { kOfLookup, kAlwaysTrue };
 
 // A folder that is one of the system's or lies below one.
 struct SystemFolder {
@@ -31,32 +31,34 @@ struct SystemFolder {
   FolderDomain domain;
   platform::FolderType type;
   const char* suffix;
-  Tells tells;
+  Result result;
 };
 
 constexpr SystemFolder kSystemFolders[] = {
-    {kFolderApplications, kLocal, kApps, "", Tells::kLookup},
-    {kFolderLocalAppSupport, kLocal, kAppSupport, "", Tells::kLookup},
-    {kFolderLocalAppSupportAlias, kLocal, kAppSupport, "", Tells::kLookup},
-    {kFolderConsoleUserDocuments, kConsoleUser, kDocuments, "", Tells::kNothing},
-    {kFolderConsoleUserAppSupport, kConsoleUser, kAppSupport, "", Tells::kNothing},
-    {kFolderSharedUserData, kLocal, kSharedData, "", Tells::kNothing},
-    {kFolderVantreAppSupport, kLocal, kAppSupport, "/Vantre", Tells::kNothing},
-    {kFolderVantreUserAppSupport, kConsoleUser, kAppSupport, "/Vantre", Tells::kNothing},
-    {kFolderVantreSharedData, kLocal, kSharedData, "/Vantre", Tells::kNothing},
-    {kFolderWelkoAppSupport, kLocal, kAppSupport, "/Vantre/Welko", Tells::kNothing},
-    {kFolderWelkoUserAppSupport, kConsoleUser, kAppSupport, "/Vantre/Welko", Tells::kNothing},
-    {kFolderWelkoSharedData, kLocal, kSharedData, "/Vantre/Welko", Tells::kNothing},
-    {kFolderOrlanUtilities, kLocal, kUtilities, "/Vantre Application Manager/", Tells::kNothing},
-    {kFolderTarnikAppSupport, kLocal, kAppSupport, "/Vantre/Welko/Tarnik", Tells::kNothing},
+    {kFolderApplications, kLocal, kApps, "", Result::kOfLookup},
+    {kFolderLocalAppSupport, kLocal, kAppSupport, "", Result::kOfLookup},
+    {kFolderLocalAppSupportAlias, kLocal, kAppSupport, "", Result::kOfLookup},
+    {kFolderConsoleUserDocuments, kConsoleUser, kDocuments, "", Result::kAlwaysTrue},
+    {kFolderConsoleUserAppSupport, kConsoleUser, kAppSupport, "", Result::kAlwaysTrue},
+    {kFolderSharedUserData, kLocal, kSharedData, "", Result::kAlwaysTrue},
+    {kFolderVantreAppSupport, kLocal, kAppSupport, "/Vantre", Result::kAlwaysTrue},
+    {kFolderVantreUserAppSupport, kConsoleUser, kAppSupport, "/Vantre", Result::kAlwaysTrue},
+    {kFolderVantreSharedData, kLocal, kSharedData, "/Vantre", Result::kAlwaysTrue},
+    {kFolderWelkoAppSupport, kLocal, kAppSupport, "/Vantre/Welko", Result::kAlwaysTrue},
+    {kFolderWelkoUserAppSupport, kConsoleUser, kAppSupport, "/Vantre/Welko", Result::kAlwaysTrue},
+    {kFolderWelkoSharedData, kLocal, kSharedData, "/Vantre/Welko", Result::kAlwaysTrue},
+    {kFolderOrlanUtilities, kLocal, kUtilities, "/Vantre Application Manager/",
+     Result::kAlwaysTrue},
+    {kFolderTarnikAppSupport, kLocal, kAppSupport, "/Vantre/Welko/Tarnik", Result::kAlwaysTrue},
     {kFolderTarnikUserAppSupport, kConsoleUser, kAppSupport, "/Vantre/Welko/Tarnik",
-     Tells::kNothing},
+     Result::kAlwaysTrue},
     {kFolderOrlanRefs, kLocal, kAppSupport, "/Vantre/VantreApplicationManager/OrlanRefs",
-     Tells::kNothing},
-    {kFolderPeltRefs, kLocal, kAppSupport, "/Vantre/PeltRefs", Tells::kNothing},
-    {kFolderDesktopCommon, kLocal, kAppSupport, "/Vantre/Vantre Desktop Common", Tells::kNothing},
-    {kFolderLumoraUtilities, kLocal, kUtilities, "/Vantre Lumora/", Tells::kNothing},
-    {kFolderLocalPreferences, kLocal, kPreferences, "", Tells::kLookup},
+     Result::kAlwaysTrue},
+    {kFolderPeltRefs, kLocal, kAppSupport, "/Vantre/PeltRefs", Result::kAlwaysTrue},
+    {kFolderDesktopCommon, kLocal, kAppSupport, "/Vantre/Vantre Desktop Common",
+     Result::kAlwaysTrue},
+    {kFolderLumoraUtilities, kLocal, kUtilities, "/Vantre Lumora/", Result::kAlwaysTrue},
+    {kFolderLocalPreferences, kLocal, kPreferences, "", Result::kOfLookup},
 };
 
 // Where the system does not allow the switch, the look-up answers for the current user.
@@ -74,7 +76,7 @@ bool FindProductFolder(const SystemFolder& folder, std::string& out) {
     found = FindSystemFolder(folder.domain, folder.type, out);
   }
   out += folder.suffix;
-  return found || folder.tells == Tells::kNothing;
+  return found || folder.result == Result::kAlwaysTrue;
 }
 
 std::string OwnBundle() {
@@ -84,10 +86,16 @@ std::string OwnBundle() {
   return bare ? executable : bundle;
 }
 
-bool FindConsoleUserLogs(std::string& out) {
+std::optional<std::string> FindConsoleUserLogs() {
   std::optional<EffectiveUser> user;
   ActAsConsoleUser(user);
-  return MakeLibraryLogs(platform::HomeFolder(), out);
+  return MakeLibraryLogs(platform::HomeFolder());
+}
+
+// Leaves `out` untouched where nothing was found.
+bool Give(std::optional<std::string> found, std::string& out) {
+  if (found) out = *std::move(found);
+  return found.has_value();
 }
 
 }  // namespace
@@ -107,7 +115,7 @@ bool GetFolderPath(unsigned folderId, std::string& out) {
       out = WithoutLastPathComponent(OwnBundle());
       return true;
     case kFolderConsoleUserLogs:
-      return FindConsoleUserLogs(out);
+      return Give(FindConsoleUserLogs(), out);
     default:
       break;
   }
@@ -117,24 +125,24 @@ bool GetFolderPath(unsigned folderId, std::string& out) {
   return false;
 }
 
+std::string DesktopSuitePath() {
+  std::string path;
+  GetFolderPath(kFolderLumoraUtilities, path);
+  AppendPathComponent(path, "Lumdesk/Lumora.app");
+  return path;
+}
+
 bool FindSystemFolder(platform::FolderDomain domain, platform::FolderType folderType,
                       std::string& out) {
   constexpr std::size_t kPathSize = 1024;
-  std::optional<std::string> path = platform::FindFolder(domain, folderType, true, kPathSize);
-  if (!path) return false;
-  out = *std::move(path);
-  return true;
+  return Give(platform::FindFolder(domain, folderType, true, kPathSize), out);
 }
 
 bool GetBundleShortVersion(const std::string& bundlePath, std::string& out) {
   std::string list = bundlePath;
   AppendPathComponent(list, "/Contents/Info.plist");
-  if (!PathExists(list)) return false;
-  std::optional<std::string> version =
-      platform::ReadPropertyListString(list, "CFBundleShortVersionString");
-  if (!version) return false;
-  out = *std::move(version);
-  return true;
+  return PathExists(list) &&
+         Give(platform::ReadPropertyListString(list, "CFBundleShortVersionString"), out);
 }
 
 }  // namespace welko

@@ -46,6 +46,11 @@ enum FolderId : unsigned {
 /// product's part of the path appended to it.
 bool GetFolderPath(unsigned folderId, std::string& out);
 
+/// Where the desktop suite's application stands when it is installed; the path ends in ".app".
+/// Where the machine's folder for utilities is not found, the path begins with the product's
+/// folder.
+std::string DesktopSuitePath();
+
 /// Gives in `out` the system's folder of that domain and type, made when it is missing.
 /// False, and `out` untouched, when there is none or its path has 1024 bytes or more.
 bool FindSystemFolder(platform::FolderDomain domain, platform::FolderType folderType,

@@ -3,6 +3,7 @@
 #include <sys/utsname.h>
 
 #include <algorithm>
+#include <optional>
 
 #include "welko/folder_path.h"
 #include "welko/interface_language.h"
@@ -11,11 +12,11 @@
 namespace welko {
 namespace {
 
-bool FindSuiteVersion(std::string& out) {
-  std::string suite;
-  GetFolderPath(kFolderLumoraUtilities, suite);
-  AppendPathComponent(suite, "Lumdesk/Lumora.app");
-  return PathExists(suite) && GetBundleShortVersion(suite, out);
+std::optional<std::string> FindSuiteVersion() {
+  const std::string suite = DesktopSuitePath();
+  std::string version;
+  if (!PathExists(suite) || !GetBundleShortVersion(suite, version)) return std::nullopt;
+  return version;
 }
 
 std::string MachineName() {
@@ -42,11 +43,13 @@ void HeaderBlock::Replace(const HeaderBlock& other) {
 HeaderBlock DescribeSystem(const platform::SystemVersion& version) {
   HeaderBlock block;
   block.top_line = block.bottom_line = std::string(78, '*');
-  std::string text;
-  if (FindSuiteVersion(text)) block.entries.emplace_back("Lumdesk Version: ", text);
+  if (const std::optional<std::string> suite_version = FindSuiteVersion()) {
+    block.entries.emplace_back("Lumdesk Version: ", *suite_version);
+  }
   block.entries.emplace_back("Bit: ", std::to_string(WordSize(MachineName())));
-  GetUserInterfaceLanguage(text);
-  block.entries.emplace_back("OS Locale: ", text);
+  std::string language;
+  GetUserInterfaceLanguage(language);
+  block.entries.emplace_back("OS Locale: ", language);
   const std::string numbers = std::to_string(version.major_number) + "." +
                               std::to_string(version.minor_number) + "." +
                               std::to_string(version.patch_number);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <initializer_list>
 #include <map>
+#include <optional>
+#include <utility>
 
 #include "platform/languages.h"
 #include "welko/ascii_case.h"
@@ -36,12 +38,25 @@ LanguageTable MakeLanguageTable() {
   return table;
 }
 
-bool FindCode(const std::string& tag, std::string& out) {
+std::optional<std::string> FindCode(const std::string& tag) {
   static const LanguageTable table = MakeLanguageTable();
   const auto row = table.find(tag);
-  if (row == table.end()) return false;
-  out = row->second;
-  return true;
+  if (row == table.end()) return std::nullopt;
+  return row->second;
+}
+
+// The code for the tag itself, for it cut to script or region, in lower case, and at last for its
+// first two letters.
+std::optional<std::string> FindNearestCode(std::string tag) {
+  if (auto code = FindCode(tag)) return code;
+  for (const std::size_t length : {7U, 5U}) {
+    if (tag.size() <= length) continue;
+    tag.resize(length);
+    if (auto code = FindCode(tag)) return code;
+  }
+  tag = AsciiLower(tag);
+  if (auto code = FindCode(tag)) return code;
+  return tag.size() >= 3 ? FindCode(tag.substr(0, 2)) : std::nullopt;
 }
 
 const char* ArabicCode() {
@@ -69,15 +84,9 @@ bool GetUserInterfaceLanguage(std::string& out) {
 }
 
 bool MapLanguageCode(std::string tag, std::string& out) {
-  if (FindCode(tag, out)) return true;
-  for (const std::size_t length : {7U, 5U}) {
-    if (tag.size() <= length) continue;
-    tag.resize(length);
-    if (FindCode(tag, out)) return true;
-  }
-  tag = AsciiLower(tag);
-  if (FindCode(tag, out)) return true;
-  return tag.size() >= 3 && FindCode(tag.substr(0, 2), out);
+  std::optional<std::string> code = FindNearestCode(std::move(tag));
+  if (code) out = *std::move(code);
+  return code.has_value();
 }
 
 }  // namespace welko

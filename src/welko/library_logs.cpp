@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <optional>
 
 #include "platform/console_user.h"
 #include "platform/folders.h"
@@ -18,29 +17,32 @@ bool MakePrivateFolder(const std::string& path) {
   return mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
 }
 
-bool FindConsoleUserHome(std::string& out) {
+std::optional<std::string> FindConsoleUserHome() {
   const std::optional<platform::ConsoleUser> console = platform::FindConsoleUser();
   std::optional<EffectiveUser> user;
   if (console && console->uid != geteuid()) {
     user.emplace(console->uid);
-    if (!user->switched()) return false;
+    if (!user->switched()) return std::nullopt;
   }
-  return FindSystemFolder(platform::FolderDomain::kUser, platform::kRootFolderType, out);
+  std::string home;
+  if (!FindSystemFolder(platform::FolderDomain::kUser, platform::kRootFolderType, home)) {
+    return std::nullopt;
+  }
+  return home;
 }
 
 }  // namespace
 
-bool MakeLibraryLogs(const std::string& home, std::string& out) {
+std::optional<std::string> MakeLibraryLogs(const std::string& home) {
   const std::string library = home + "/Library";
   const std::string logs = library + "/Logs";
-  if (home.empty() || !MakePrivateFolder(library) || !MakePrivateFolder(logs)) return false;
-  out = logs;
-  return true;
+  if (home.empty() || !MakePrivateFolder(library) || !MakePrivateFolder(logs)) return std::nullopt;
+  return logs;
 }
 
-bool GetConsoleUserLogsFolder(std::string& out) {
-  std::string home;
-  return FindConsoleUserHome(home) && MakeLibraryLogs(home, out);
+std::optional<std::string> GetConsoleUserLogsFolder() {
+  const std::optional<std::string> home = FindConsoleUserHome();
+  return home ? MakeLibraryLogs(*home) : std::nullopt;
 }
 
 }  // namespace welko

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <fstream>
 #include <initializer_list>
+#include <optional>
 
 #include "platform/file_type.h"
 #include "welko/library_logs.h"
@@ -20,10 +21,10 @@ bool IsRegularFile(const std::string& path) {
 }  // namespace
 
 int ApplyLogSwitches(const std::string& log_name, int level) {
-  std::string folder;
-  if (!GetConsoleUserLogsFolder(folder)) return level;
+  const std::optional<std::string> folder = GetConsoleUserLogsFolder();
+  if (!folder) return level;
   for (const std::string& name : {WithoutPathExtension(log_name), std::string("quib")}) {
-    std::string path = folder;
+    std::string path = *folder;
     AppendPathComponent(path, name);
     if (IsRegularFile(path + ".trace")) return kLogTrace;
     if (IsRegularFile(path + ".debug")) return std::min(level, kLogDebug);

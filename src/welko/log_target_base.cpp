@@ -22,19 +22,19 @@ void ShareWithConsoleUser(const std::string& folder, const platform::ConsoleUser
   chmod(folder.c_str(), 0777);
 }
 
-bool FindSuiteLogsFolder(std::string& out) {
-  std::string logs;
-  if (!GetConsoleUserLogsFolder(logs)) return false;
-  const std::string suite = logs + "/Lumora";
-  out = suite + "/Lumdesk";
-  if (platform::TypeOf(out) == platform::FileType::kFolder) return true;
+std::optional<std::string> FindSuiteLogsFolder() {
+  const std::optional<std::string> logs = GetConsoleUserLogsFolder();
+  if (!logs) return std::nullopt;
+  const std::string suite = *logs + "/Lumora";
+  const std::string desk = suite + "/Lumdesk";
+  if (platform::TypeOf(desk) == platform::FileType::kFolder) return desk;
   mkdir(suite.c_str(), 0777);
-  mkdir(out.c_str(), 0777);
+  mkdir(desk.c_str(), 0777);
   if (const std::optional<platform::ConsoleUser> user = platform::FindConsoleUser()) {
     ShareWithConsoleUser(suite, *user);
-    ShareWithConsoleUser(out, *user);
+    ShareWithConsoleUser(desk, *user);
   }
-  return true;
+  return desk;
 }
 
 }  // namespace
@@ -47,13 +47,14 @@ void LogTargetBase::SetLogLevel(int level) { level_ = ApplyLogSwitches(file_name
 
 bool LogTargetBase::SetLogFile(const char* fileName, const char* folder) {
   std::string name = fileName != nullptr ? fileName : "";
-  std::string path = folder != nullptr ? folder : "";
+  const bool has_folder = folder != nullptr && *folder != '\0';
   enabled_ = false;
-  if (path.empty() && !FindSuiteLogsFolder(path)) return false;
-  if (LastPathComponent(name) != name) return false;
-  AppendPathComponent(path, name.empty() ? file_name_ : name);
-  file_path_ = path;
-  file_name_ = LastPathComponent(path);
+  std::optional<std::string> path =
+      has_folder ? std::optional<std::string>(folder) : FindSuiteLogsFolder();
+  if (!path || LastPathComponent(name) != name) return false;
+  AppendPathComponent(*path, name.empty() ? file_name_ : name);
+  file_path_ = *path;
+  file_name_ = LastPathComponent(*path);
 
   std::fstream test;
   enabled_ = OpenStream(opened_ ? stream_ : test);

@@ -66,10 +66,10 @@ bool LogTargetDefault::OpenStream(std::fstream& stream) {
 bool LogTargetDefault::Open() {
   if (!enabled_) return false;
   if (file_path_.empty()) {
-    std::string path;
-    if (!GetConsoleUserLogsFolder(path)) return false;
-    AppendPathComponent(path, file_name_);
-    file_path_ = path;
+    std::optional<std::string> path = GetConsoleUserLogsFolder();
+    if (!path) return false;
+    AppendPathComponent(*path, file_name_);
+    file_path_ = *path;
   }
   if (!OpenStream(stream_)) return false;
   if (!file_lock_) file_lock_ = std::make_unique<LogFileLock>(file_path_);
