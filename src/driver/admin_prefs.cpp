@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "esd/prefs/load_store.h"
 #include "esd/prefs/updater_folders.h"
 #include "esd/util/path.h"
 
@@ -18,14 +19,7 @@ VantreUpdaterAdminPrefs::VantreUpdaterAdminPrefs() : PrefsWriter("", "Preference
   std::string folder;
   if (!esd::GetInventoryFolder(folder)) throw std::runtime_error("Unable to create file!");
   const std::string path = esd::JoinPath(folder, "VantreUpdaterAdminPrefs.dat");
-  try {
-    SetPrefsPath(path);
-  } catch (const std::invalid_argument&) {
-    DeleteAllPrefs();
-    SetPrefsPath(path);
-  }
-  locker_ = std::make_unique<esd::ResourceLocker>(path, 3000);
-  SetLockPolicy(locker_.get());
+  esd::LoadStore(*this, path, esd::ReloadAfter::kInvalidArgument, locker_);
 }
 
 VantreUpdaterAdminPrefs::~VantreUpdaterAdminPrefs() = default;

@@ -8,13 +8,10 @@
 namespace wakerly {
 namespace {
 
-constexpr int kLevel = 2;
-constexpr int kTraceLevel = 3;
-
 bool IsSuppressed() {
   bool suppressed = false;
   if (!VantreUpdaterAdminPrefs::GetInstance().GetSuppressedPref().Get(suppressed)) {
-    esd::UpdaterLog(kLevel,
+    esd::UpdaterLog(esd::kMessageLevel,
                     "Error: CheckIfUpdaterIsEnabled - Failed to get admin preferences for updater "
                     "suppression");
     throw std::runtime_error("Failed to get admin preferences for updater suppression");
@@ -25,16 +22,17 @@ bool IsSuppressed() {
 }  // namespace
 
 bool CheckIfUpdaterIsEnabled() {
-  esd::UpdaterLog(kTraceLevel, "UpdaterWakerly: Stepped into << CheckIfUpdaterIsEnabled >> call.");
+  esd::UpdaterLog(esd::kStepLevel,
+                  "UpdaterWakerly: Stepped into << CheckIfUpdaterIsEnabled >> call.");
   bool enabled = false;
   try {
     enabled = !IsSuppressed();
-    esd::UpdaterLog(kLevel, enabled ? "UCIsUpdaterEnabled : UpdaterIsEnabled."
-                                    : "CheckIfUpdaterIsEnabled : UpdaterIsNotEnabled.");
+    esd::UpdaterLog(esd::kMessageLevel, enabled ? "UCIsUpdaterEnabled : UpdaterIsEnabled."
+                                                : "CheckIfUpdaterIsEnabled : UpdaterIsNotEnabled.");
   } catch (...) {
     // Whoever cannot tell does not claim that the updater is enabled.
   }
-  esd::UpdaterLogInt(kTraceLevel,
+  esd::UpdaterLogInt(esd::kStepLevel,
                      "UpdaterWakerly : Returning from << CheckIfUpdaterIsEnabled >> call with "
                      "return value - ",
                      enabled ? 1 : 0);

@@ -15,21 +15,20 @@
 
 namespace {
 
-constexpr int kLevel = 2;
-
 bool IsScheduledMode(int argc, char** argv) {
   return argc >= 2 && std::strcmp(argv[1], "-mode=scheduled") == 0;
 }
 
 bool IsWindowElapsed() {
   const bool elapsed = wakerly::IsScheduledCheckWindowElapsed();
-  esd::UpdaterLog(kLevel, elapsed ? "Wakerly : Window is Elapsed and going to launch Tarnik."
-                                  : "Wakerly : Window is NOT Elapsed.");
+  esd::UpdaterLog(esd::kMessageLevel,
+                  elapsed ? "Wakerly : Window is Elapsed and going to launch Tarnik."
+                          : "Wakerly : Window is NOT Elapsed.");
   return elapsed;
 }
 
 void LaunchNotifier(const std::string& path) {
-  esd::UpdaterLogValue(kLevel, "Wakerly: Calling LaunchExecutable for exe ", path);
+  esd::UpdaterLogValue(esd::kMessageLevel, "Wakerly: Calling LaunchExecutable for exe ", path);
   // The desktop suite does the notifier's work where it is installed.
   if (!welko::PathExists(welko::DesktopSuitePath())) platform::LaunchApplication(path);
 }
@@ -44,14 +43,14 @@ void RunClientLibrary() {
 int main(int argc, char** argv) {
   wakerly::SetUpStartupLogging();
   const bool scheduled = IsScheduledMode(argc, argv);
-  esd::UpdaterLog(kLevel, scheduled ? "Wakerly : Loaded in scheduled mode."
-                                    : "Wakerly : Loaded at startup/logon.");
+  esd::UpdaterLog(esd::kMessageLevel, scheduled ? "Wakerly : Loaded in scheduled mode."
+                                                : "Wakerly : Loaded at startup/logon.");
   if (!wakerly::CheckIfUpdaterIsEnabled()) {
-    esd::UpdaterLog(kLevel, "Wakerly : WARNING - Updater is NOT enabled.");
+    esd::UpdaterLog(esd::kMessageLevel, "Wakerly : WARNING - Updater is NOT enabled.");
   }
   std::string notifier;
   if (!esd::GetNotifierExecutablePath(notifier)) {
-    esd::UpdaterLog(kLevel,
+    esd::UpdaterLog(esd::kMessageLevel,
                     "Wakerly Error: Unable to get the Orlan Update Notifier executable path.");
     return 1;
   }

@@ -16,7 +16,7 @@ namespace {
 using esd::VantreUpdaterPrefs;
 
 constexpr int kNotSet = -1;
-constexpr int kDefaultLevel = 2;
+constexpr int kDefaultLevel = esd::kMessageLevel;
 
 struct LogSettings {
   std::string path;
@@ -43,8 +43,9 @@ void ReadSettings(LogSettings& settings) {
   // Read through the store: the preference objects would answer with their own defaults.
   prefs.GetPref<std::string>("StartupLogFile", settings.path, "");
   prefs.GetPref<int>("LogLevel", settings.level, kNotSet);
-  if (settings.path.empty() && esd::GetUpdaterPrefsFile(esd::kStartupLogName, settings.path)) {
-    prefs.GetStartupLogFilePref().Set(settings.path);
+  if (settings.path.empty()) {
+    settings.path = esd::GetUpdaterPrefsFile(esd::kStartupLogName).value_or("");
+    if (!settings.path.empty()) prefs.GetStartupLogFilePref().Set(settings.path);
   }
   if (settings.level == kNotSet) {
     settings.level = kDefaultLevel;
@@ -53,11 +54,13 @@ void ReadSettings(LogSettings& settings) {
 }
 
 void OpenLog(LogSettings settings) {
-  if (settings.path.empty()) esd::GetUpdaterPrefsFile(esd::kUpdaterLogName, settings.path);
+  if (settings.path.empty()) {
+    settings.path = esd::GetUpdaterPrefsFile(esd::kUpdaterLogName).value_or("");
+  }
   esd::InitUpdaterLog(settings.path, settings.level, "", "UPDATER", "WAKERLY");
-  esd::UpdaterLogNullable(1, "Application Version: ", esd::ProgramVersion());
-  esd::UpdaterLogValue(2, "cmdline option: -logFile", settings.path);
-  esd::UpdaterLogInt(2, "cmdline option: -logLevel", settings.level);
+  esd::UpdaterLogNullable(esd::kBannerLevel, "Application Version: ", esd::ProgramVersion());
+  esd::UpdaterLogValue(esd::kMessageLevel, "cmdline option: -logFile", settings.path);
+  esd::UpdaterLogInt(esd::kMessageLevel, "cmdline option: -logLevel", settings.level);
 }
 
 }  // namespace

@@ -16,7 +16,6 @@
 namespace wakerly {
 namespace {
 
-constexpr int kLevel = 2;
 constexpr const char* kApplicationName = "MondoUpdater";
 
 // Owned here; the lock keeps the instance alive while a callback is at work in it. Neither is
@@ -29,11 +28,11 @@ std::mutex& InstanceLock() {
 }
 
 void Log(const char* text) {
-  esd::UpdaterLog(kLevel, std::string("VantreUpdaterKodoLauncher : ") + text);
+  esd::UpdaterLog(esd::kMessageLevel, std::string("VantreUpdaterKodoLauncher : ") + text);
 }
 
 void LogNumber(const char* label, std::uint32_t number) {
-  esd::UpdaterLogInt(kLevel, std::string("VantreUpdaterKodoLauncher : ") + label,
+  esd::UpdaterLogInt(esd::kMessageLevel, std::string("VantreUpdaterKodoLauncher : ") + label,
                      static_cast<int>(number));
 }
 
@@ -81,8 +80,9 @@ void VantreUpdaterKodoLauncher::initialize() {
   welko::GetFolderPath(welko::kFolderVantreAppSupport, path);
   welko::AppendPathComponent(path, "/VantreKDClient/kdupdater.dylib");
   if (!library_.Load(path)) {
-    esd::UpdaterLogValue(
-        kLevel, "VantreUpdaterKodoLauncher : Unable to load kodo library from path ", path);
+    esd::UpdaterLogValue(esd::kMessageLevel,
+                         "VantreUpdaterKodoLauncher : Unable to load kodo library from path ",
+                         path);
     throw std::exception();
   }
   resolve(get_latest_application_, "Vantre_KD_GetLatestKDApplication");

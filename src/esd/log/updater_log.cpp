@@ -56,7 +56,7 @@ bool InitUpdaterLog(const std::string& logFilePath, int level, const std::string
   g_log.product = product;
   g_log.component = component;
   g_log.sub_component = subComponent;
-  UpdaterLog(1, ">>> Vantre Updater Log Begin >>>");
+  UpdaterLog(kBannerLevel, ">>> Vantre Updater Log Begin >>>");
   return has_file;
 }
 

@@ -1,8 +1,7 @@
 // The updater's log: levels, texts and the one target behind it. What a line looks like, and the
 // file itself, are the target's business.
 //
-// Levels go from 1 to 10, smaller is more important: 1 for the banner and the version, 2 for
-// ordinary messages, 3 for step-in and step-out lines. InitUpdaterLog is called once, before any
+// Levels go from 1 to 10, smaller is more important. InitUpdaterLog is called once, before any
 // other thread logs; until then, and when it is never called, every line is dropped.
 #ifndef ESD_LOG_UPDATER_LOG_H_
 #define ESD_LOG_UPDATER_LOG_H_
@@ -10,6 +9,13 @@
 #include <string>
 
 namespace esd {
+
+/// The levels that this program writes its lines at.
+///@{
+inline constexpr int kBannerLevel = 1;   ///< the banner and the version
+inline constexpr int kMessageLevel = 2;  ///< ordinary messages
+inline constexpr int kStepLevel = 3;     ///< the begin and the end of a step
+///@}
 
 /// Starts the log at verbosity `level` in the file `logFilePath` with the banner line; the three
 /// texts stand in every line. False when `level` is below 1 (then there is no log at all), or when

@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::uint32_t kNoBuffer = 120;
 constexpr std::uint32_t kNoFolder = 73;
-constexpr unsigned kUserPreferences = 6;
 constexpr const char* kAgentFile = "com.vantre.VantreOrlanUpdater-1.0.plist";
 
 }  // namespace

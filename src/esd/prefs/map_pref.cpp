@@ -1,6 +1,7 @@
 #include "esd/prefs/map_pref.h"
 
 #include <memory>
+#include <optional>
 #include <type_traits>
 
 #include "esd/prefs/prefs_lock.h"
@@ -13,13 +14,14 @@ constexpr const char* kEntryName = "MapPrefEntry";
 constexpr const char* kKeyAttribute = "MapPrefKey";
 
 // Strings are kept as they stand: blanks are part of them.
-template <typename From, typename To>
-bool Convert(const From& in, To& out) {
+template <typename To, typename From>
+std::optional<To> Convert(const From& in) {
   if constexpr (std::is_same_v<From, To>) {
-    out = in;
-    return true;
+    return in;
   } else {
-    return ChangeDiffTypeImpl<From, To>::ChangeType(in, out);
+    To out{};
+    if (!ChangeDiffTypeImpl<From, To>::ChangeType(in, out)) return std::nullopt;
+    return out;
   }
 }
 
@@ -40,12 +42,12 @@ bool MapPref<K, V>::Get(std::map<K, V>& out) {
   for (const auto& child : node->children()) {
     const auto attributes = child->GetAttributes();
     const std::string* const key = FindKey(attributes);
-    V value{};
-    if (key == nullptr || !Convert(child->GetData(), value)) {
+    const std::optional<V> value = Convert<V>(child->GetData());
+    if (key == nullptr || !value) {
       out.clear();
       return false;
     }
-    out[*key] = value;
+    out[*key] = *value;
   }
   return true;
 }
@@ -56,11 +58,11 @@ bool MapPref<K, V>::Set(const std::map<K, V>& value) {
   if (!lock.held()) return false;
   auto node = std::make_unique<XMLDocumentNode>(key_);
   for (const auto& [entry_key, entry_value] : value) {
-    std::string text;
-    if (!Convert(entry_value, text)) return false;
+    const std::optional<std::string> text = Convert<std::string>(entry_value);
+    if (!text) return false;
     auto entry = std::make_unique<XMLDocumentNode>(kEntryName);
     entry->SetAttributeData(kKeyAttribute, entry_key);
-    entry->SetData(text);
+    entry->SetData(*text);
     node->AddChild(entry.release());
   }
   return store_->SetPref(key_, std::move(node));

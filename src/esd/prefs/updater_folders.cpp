@@ -13,10 +13,6 @@
 namespace esd {
 namespace {
 
-constexpr unsigned kLocalTemporary = 2;
-constexpr unsigned kUserApplicationSupport = 7;
-constexpr unsigned kLocalApplicationSupport = 13;
-
 std::string g_prefs_folder_override;
 
 // Makes `path` when it is missing, with the permission bits of `above`.
@@ -61,21 +57,19 @@ bool GetUpdaterPrefsFolder(std::string& out) {
 
 void SetUpdaterPrefsFolderOverride(const std::string& path) { g_prefs_folder_override = path; }
 
-bool GetUpdaterPrefsFile(const char* name, std::string& out) {
+std::optional<std::string> GetUpdaterPrefsFile(const char* name) {
   std::string folder;
-  if (!GetUpdaterPrefsFolder(folder)) return false;
-  out = JoinPath(folder, name);
-  return true;
+  if (!GetUpdaterPrefsFolder(folder)) return std::nullopt;
+  return JoinPath(folder, name);
 }
 
-bool GetUserCacheFolder(std::string& out) {
+std::optional<std::string> GetUserCacheFolder() {
   std::string folder;
   if (!GetSpecialFolder(kUserApplicationSupport, folder, true) &&
       !GetSpecialFolder(kLocalTemporary, folder, true)) {
-    return false;
+    return std::nullopt;
   }
-  out = JoinPath(folder, "Vantre");
-  return true;
+  return JoinPath(folder, "Vantre");
 }
 
 bool GetInventoryFolder(std::string& out) {
@@ -85,11 +79,10 @@ bool GetInventoryFolder(std::string& out) {
   return true;
 }
 
-bool GetUninstallStampPath(std::string& out) {
+std::optional<std::string> GetUninstallStampPath() {
   std::string folder;
-  if (!GetInventoryFolder(folder)) return false;
-  out = JoinPath(folder, "uninstallts");
-  return true;
+  if (!GetInventoryFolder(folder)) return std::nullopt;
+  return JoinPath(folder, "uninstallts");
 }
 
 bool GetNotifierExecutablePath(std::string& out) {

@@ -2,6 +2,7 @@
 #ifndef ESD_PREFS_UPDATER_FOLDERS_H_
 #define ESD_PREFS_UPDATER_FOLDERS_H_
 
+#include <optional>
 #include <string>
 
 namespace esd {
@@ -11,7 +12,7 @@ namespace esd {
 /// those of an existing one stay. On false `path` is untouched, and what was made so far stays.
 bool EnsureUpdaterFolder(std::string& path, bool shared);
 
-/// Gives in `out` the updater's folder below the special folder `kind`, made when it is missing.
+/// Gives in `out` the updater's folder below the SpecialFolder `kind`, made when it is missing.
 /// On false `out` is untouched.
 bool GetUpdaterFolder(unsigned kind, std::string& out, bool shared);
 
@@ -37,21 +38,20 @@ inline constexpr char kStartupLogName[] = "orlanul.log";
 inline constexpr char kSilentNotificationLogName[] = "orlanus.log";
 ///@}
 
-/// Gives in `out` the path of `name` in the updater preferences folder. False, and `out` untouched,
-/// when the folder is not found.
-bool GetUpdaterPrefsFile(const char* name, std::string& out);
+/// The path of `name` in the updater preferences folder; nothing when that folder is not found.
+std::optional<std::string> GetUpdaterPrefsFile(const char* name);
 
-/// Gives in `out` the folder that applications of the same maker cache in; it may be missing.
-/// False, and `out` untouched, when the folder above is not found.
-bool GetUserCacheFolder(std::string& out);
+/// The folder that applications of the same maker cache in, which may be missing; nothing when the
+/// folder above is not found.
+std::optional<std::string> GetUserCacheFolder();
 
 /// Gives in `out` the updater's inventory folder, which may be missing. False, and `out` untouched,
 /// when the machine's application-support folder is not found.
 bool GetInventoryFolder(std::string& out);
 
-/// Gives in `out` the path of the stamp that an uninstallation leaves in the inventory folder.
-/// False, and `out` untouched, when that folder is not found.
-bool GetUninstallStampPath(std::string& out);
+/// The path of the stamp that an uninstallation leaves in the inventory folder; nothing when that
+/// folder is not found.
+std::optional<std::string> GetUninstallStampPath();
 
 /// Gives in `out` the path of the updates notifier's executable, which may be missing. False, with
 /// `out` empty, when the machine's application-support folder is not found.

@@ -2,20 +2,18 @@
 
 #include <cstdint>
 #include <istream>
+#include <optional>
 #include <stdexcept>
 
 #include "esd/log/updater_log.h"
 #include "esd/prefs/launch_agent.h"
+#include "esd/prefs/load_store.h"
 #include "esd/util/delete_path.h"
 #include "esd/util/file_stream.h"
 #include "esd/util/path.h"
 
 namespace esd {
 namespace {
-
-constexpr int kLogLevel = 2;
-constexpr unsigned long kLockTimeout = 3000;
-constexpr int kNeverCheck = 3;
 
 std::string PrefsFolderOrEmpty() {
   std::string folder;
@@ -24,18 +22,18 @@ std::string PrefsFolderOrEmpty() {
 }
 
 std::string PrefsFilePath(bool variant) {
-  std::string path;
-  if (!GetUpdaterPrefsFile(variant ? kVariantPrefsFileName : kPrefsFileName, path)) {
-    throw std::runtime_error("Unable to create file!");
-  }
-  return path;
+  const auto path = GetUpdaterPrefsFile(variant ? kVariantPrefsFileName : kPrefsFileName);
+  if (!path) throw std::runtime_error("Unable to create file!");
+  return *path;
 }
 
-// The first word of the file `path`; false when there is no such file or no word in it.
-bool ReadFirstWord(const std::string& path, std::string& word) {
+// The first word of the file `path`; nothing when there is no such file or no word in it.
+std::optional<std::string> ReadFirstWord(const std::string& path) {
   ESDifstream file(path, "rb");
   std::istream& stream = *file.stream();
-  return file.stream()->is_open() && stream.seekg(0) && stream >> word;
+  std::string word;
+  if (!file.stream()->is_open() || !stream.seekg(0) || !(stream >> word)) return std::nullopt;
+  return word;
 }
 
 }  // namespace
@@ -57,34 +55,23 @@ VantreUpdaterPrefs::VantreUpdaterPrefs(bool variant)
 
 VantreUpdaterPrefs::~VantreUpdaterPrefs() = default;
 
-// The first load runs without a lock: a malformed file stays as it is then.
 void VantreUpdaterPrefs::LoadFile(bool variant) {
-  const std::string path = PrefsFilePath(variant);
-  try {
-    SetPrefsPath(path);
-  } catch (...) {
-    DeleteAllPrefs();
-    SetPrefsPath(path);
-  }
-  auto locker = std::make_unique<ResourceLocker>(path, kLockTimeout);
-  SetLockPolicy(locker.get());
-  if (lock_policy() == locker.get()) locker_ = std::move(locker);
+  LoadStore(*this, PrefsFilePath(variant), ReloadAfter::kAnyException, locker_);
 }
 
-// An uninstallation since the preferences were written means that they are nobody's any more.
+// Preferences that were written before an uninstallation do not count for what was installed since.
 void VantreUpdaterPrefs::ReconcileUninstallStamp(bool variant) {
-  std::string stamp_path;
-  if (!GetUninstallStampPath(stamp_path)) {
-    UpdaterLog(kLogLevel, "Could not get Updater Inventory path on machine ");
+  const std::optional<std::string> stamp_path = GetUninstallStampPath();
+  if (!stamp_path) {
+    UpdaterLog(kMessageLevel, "Could not get Updater Inventory path on machine ");
     return;
   }
-  std::string stamp;
+  const std::optional<std::string> stamp = ReadFirstWord(*stamp_path);
   std::string known_stamp;
-  if (!ReadFirstWord(stamp_path, stamp) || !uninstallts_.Get(known_stamp)) return;
-  if (stamp == known_stamp) return;
+  if (!stamp || !uninstallts_.Get(known_stamp) || *stamp == known_stamp) return;
   DeletePath(PrefsFilePath(variant));
   LoadFile(variant);
-  uninstallts_.Set(stamp);
+  uninstallts_.Set(*stamp);
 }
 
 // A task that is gone and not wanted must not be taken for one that will check.
@@ -96,7 +83,7 @@ void VantreUpdaterPrefs::ReconcileScheduledTask() {
   if (!IsScheduledTaskNeeded_.Get(needed) || !IsScheduledTaskAdded_.Get(added)) return;
   if (!added || needed) return;
   IsScheduledTaskAdded_.Set(false);
-  UpdaterPrefSchedCheckFreq_.Set(kNeverCheck);
+  UpdaterPrefSchedCheckFreq_.Set(kCheckNever);
 }
 
 std::string VantreUpdaterPrefs::InFolder(const char* name) const {
@@ -105,10 +92,6 @@ std::string VantreUpdaterPrefs::InFolder(const char* name) const {
 
 std::string VantreUpdaterPrefs::FolderAbove() const { return GetParentFolder(defaults_folder_); }
 
-std::string VantreUpdaterPrefs::UserCacheFolder() {
-  std::string folder;
-  GetUserCacheFolder(folder);
-  return folder;
-}
+std::string VantreUpdaterPrefs::UserCacheFolder() { return GetUserCacheFolder().value_or(""); }
 
 }  // namespace esd

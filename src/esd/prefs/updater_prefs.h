@@ -62,6 +62,9 @@
 
 namespace esd {
 
+/// The value of UpdaterPrefSchedCheckFreq with which the updater never checks by itself.
+inline constexpr int kCheckNever = 3;
+
 /// The store of the updater's preferences, with an object for each key. One thread uses it.
 class VantreUpdaterPrefs : public PrefsWriter {
  public:

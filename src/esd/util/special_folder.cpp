@@ -15,7 +15,7 @@ struct Kind {
   FolderDomain domain;
 };
 
-// The place in the table is the kind. Some kinds name the same folder.
+// The place in the table is the kind.
 constexpr Kind kKinds[] = {
     {platform::kPerUserTemporaryFolderType, FolderDomain::kUser},     // 0
     {platform::kUserTemporaryFolderType, FolderDomain::kUser},        // 1
@@ -32,13 +32,13 @@ constexpr Kind kKinds[] = {
     {platform::kSystemFolderType, FolderDomain::kLocal},              // 12
     {platform::kApplicationSupportFolderType, FolderDomain::kLocal},  // 13
 };
-constexpr unsigned kRootKind = std::size(kKinds);
+static_assert(std::size(kKinds) == kRoot);
 
 }  // namespace
 
 bool GetSpecialFolder(unsigned kind, std::string& path, bool create) {
-  if (kind > kRootKind) return false;
-  if (kind == kRootKind) {
+  if (kind > kRoot) return false;
+  if (kind == kRoot) {
     path = "/";
     return true;
   }
