@@ -1,7 +1,5 @@
 #include "launcher/kodo_launcher.h"
 
-#include <dlfcn.h>
-
 #include <chrono>
 #include <exception>
 #include <string>
@@ -50,12 +48,9 @@ void VantreUpdaterKodoLauncher::destroyInstance() {
     const std::lock_guard<std::mutex> guard(InstanceLock());
     instance = std::exchange(g_instance, nullptr);
   }
-  // Closing the library may wait for its threads, and they may be waiting in the callback.
+  // Closing the library may wait for its threads, and they may be waiting in the callback. It finds
+  // no instance from here on, so none needs the lock, which is destroyed before the library closes.
   delete instance;
-}
-
-VantreUpdaterKodoLauncher::~VantreUpdaterKodoLauncher() {
-  if (library_.handle() != nullptr) dlclose(library_.handle());
 }
 
 void VantreUpdaterKodoLauncher::runKodoWorkflow() {
@@ -79,7 +74,9 @@ void VantreUpdaterKodoLauncher::initialize() {
   std::string path;
   welko::GetFolderPath(welko::kFolderVantreAppSupport, path);
   welko::AppendPathComponent(path, "/VantreKDClient/kdupdater.dylib");
-  if (!library_.Load(path)) {
+  std::string library;
+  welko::ToString(path, library);
+  if (!library_.Load(library)) {
     esd::UpdaterLogValue(esd::kMessageLevel,
                          "VantreUpdaterKodoLauncher : Unable to load kodo library from path ",
                          path);
@@ -130,8 +127,8 @@ void VantreUpdaterKodoLauncher::invokeKDApplication() {
 
 void VantreUpdaterKodoLauncher::finalize() {
   Log("inside finalize.");
-  if (library_.handle() == nullptr) return;
-  if (dlclose(library_.handle()) == 0) library_.ForgetHandle();
+  if (!library_.IsLoaded()) return;
+  library_.Unload();
   Log("unloaded kodo library");
 }
 

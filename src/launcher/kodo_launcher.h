@@ -5,9 +5,9 @@
 
 #include <cstdint>
 
+#include "launcher/client_library.h"
 #include "launcher/kd_client.h"
 #include "launcher/platform_mutex.h"
-#include "welko/native_library.h"
 
 /// The callback that the client library gets. May be called on any thread, any number of times, and
 /// at any time: without a launcher it has no effect.
@@ -35,7 +35,7 @@ class VantreUpdaterKodoLauncher {
   friend void ::VantreKD_CFUCallbackFn(std::uint32_t result_code);
 
   VantreUpdaterKodoLauncher() = default;
-  ~VantreUpdaterKodoLauncher();
+  ~VantreUpdaterKodoLauncher() = default;
 
   // The steps of the workflow, in their order. Each of the first three throws std::exception, after
   // a line in the log, when it fails.
@@ -56,7 +56,7 @@ class VantreUpdaterKodoLauncher {
   VantreKDReleaseRef* release_ref_ = nullptr;
   std::uint32_t callback_result_ = 65535;
   bool callback_arrived_ = false;
-  welko::NativeLibrary library_;
+  ClientLibrary library_;   ///< closed after the lock is gone: see destroyInstance
   PlatformMutex lock_{""};  ///< guards the two callback fields
 };
 
