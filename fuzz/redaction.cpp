@@ -25,11 +25,11 @@ string Less(std::string_view text, std::string_view unwanted) {
 }
 
 string Line(const string& message) {
-  return welko::FormatLogLine(1, 30, {"", "UPDATER"}, "7", message, " | ");
+  return welko::FormatLogLine(1, 30, {"", "UPDATER"}, "7", message, " | ", welko::CredentialKeys());
 }
 
 string Mask(string message) {
-  welko::MaskCredentials(message);
+  welko::MaskCredentials(message, welko::CredentialKeys());
   return message;
 }
 

@@ -10,6 +10,7 @@
 #include "welko/header_block.h"
 #include "welko/interface_language.h"
 #include "welko/log_backups.h"
+#include "welko/log_redaction.h"
 #include "welko/log_switches.h"
 
 namespace test {
@@ -31,9 +32,9 @@ using LogHeader = TreeTest;
 
 TEST(LogLine, CarriesLocalTimeLevelContextThreadAndMessage) {
   SetTimeZone("EST5");
-  EXPECT_EQ(welko::FormatLogLine(1367421630007, 60, {"a", nullptr, "c"}, "77", "text", " | "),
+  EXPECT_EQ(welko::FormatLogLine(1367421630007, 60, {"a", nullptr, "c"}, "77", "text", " | ", {}),
             "05/01/13 10:20:30:007 | [FATAL] | a |  | c |  |  |  | 77 | text");
-  EXPECT_EQ(welko::FormatLogLine(1367421630999, 10, {}, "77", "<User>eyJa.eyJb</User>", " | "),
+  EXPECT_EQ(welko::FormatLogLine(1367421630999, 10, {}, "77", "<User>eyJa.eyJb</User>", " | ", {}),
             "05/01/13 10:20:30:999 | [WARN] |  |  |  |  |  |  | 77 | "
             "Found access/device token. Log skipped.");
 }
@@ -57,7 +58,8 @@ TEST(LogLine, HidesTokensAndTheFirstElementOfEachKey) {
       // The Kelvin sign, whose lower case has fewer bytes.
       {"\xE2\x84\xAA<User>\xC3\x84\xFF\n</User>!", "\xE2\x84\xAA<User>****</User>!"}};
   for (const auto& [message, written] : rows) {
-    const std::string line = welko::FormatLogLine(0, 30, {}, "", message, "|");
+    const std::string line =
+        welko::FormatLogLine(0, 30, {}, "", message, "|", welko::CredentialKeys());
     EXPECT_EQ(line.substr(line.rfind('|') + 1), written);
   }
 }

@@ -40,12 +40,13 @@ std::string FormatLocalTime(const char* format, std::int64_t seconds) {
 
 std::string FormatLogLine(std::int64_t time_ms, int level, const LogContext& context,
                           const std::string& thread_id, std::string message,
-                          const std::string& separator) {
+                          const std::string& separator,
+                          const std::vector<std::string>& masked_keys) {
   if (HoldsToken(message)) {
     message = "Found access/device token. Log skipped.";
     level = kLogWarn;
   } else {
-    MaskCredentials(message);
+    MaskCredentials(message, masked_keys);
   }
   constexpr std::size_t kFieldsBeforeMessage = 160;  // rarely more
   std::string line;

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace welko {
 
@@ -18,12 +19,13 @@ std::int64_t NowMilliseconds();
 std::string FormatLocalTime(const char* format, std::int64_t seconds);
 
 /// The line for `message`, without its newline: time, "[LEVEL]", the six context texts, the thread
-/// id and the message, with `separator` between each two. Credentials are masked. A message that
-/// holds an access token is replaced whole, and its line carries the level WARN. The time is
-/// `time_ms` in milliseconds since the epoch; `thread_id` is printed as it is.
+/// id and the message, with `separator` between each two. The elements that `masked_keys` names are
+/// masked. A message that holds an access token is replaced whole, and its line carries the level
+/// WARN. The time is `time_ms` in milliseconds since the epoch; `thread_id` is printed as it is.
 std::string FormatLogLine(std::int64_t time_ms, int level, const LogContext& context,
                           const std::string& thread_id, std::string message,
-                          const std::string& separator);
+                          const std::string& separator,
+                          const std::vector<std::string>& masked_keys);
 
 }  // namespace welko
 

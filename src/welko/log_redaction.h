@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace welko {
 
@@ -11,10 +12,13 @@ namespace welko {
 /// begin like the Base64 text of a JSON object, the second behind a ".".
 bool HoldsToken(std::string_view message);
 
-/// Puts "****" in place of what stands between the tags of each credential element, such as
-/// "<user>" and "</user>", whatever the letters' case. Only an element's first opening and first
-/// closing tag count; an empty element, and one whose closing tag comes first, is left alone.
-void MaskCredentials(std::string& message);
+/// The names, in lower case, of the elements that hold credentials, in the order of masking.
+std::vector<std::string> CredentialKeys();
+
+/// Puts "****" in place of what stands between the tags of each element in `keys`, such as "<user>"
+/// and "</user>", whatever the letters' case in the message. Only an element's first opening and
+/// first closing tag count; an empty element, and one whose closing tag comes first, is left alone.
+void MaskCredentials(std::string& message, const std::vector<std::string>& keys);
 
 }  // namespace welko
 

@@ -29,10 +29,10 @@ class LogTargetBase {
   virtual bool Open() = 0;
   /// Gives back what Open took. Always true.
   virtual bool Close() = 0;
-  /// Writes one line when `level` is at least the target's. With `arguments`, `format` is filled as
-  /// by vsnprintf(3); without, it is the message. `time_ms` is the line's time in milliseconds
-  /// since the epoch, 0 for now. `use_lock` is false only while the caller holds the file's lock.
-  /// Always true.
+  /// Writes one line when `level` is at least the target's and the target's file was not refused.
+  /// With `arguments`, `format` is filled as by vsnprintf(3); without, it is the message. `time_ms`
+  /// is the line's time in milliseconds since the epoch, 0 for now. `use_lock` is false only while
+  /// the caller holds the file's lock. Always true.
   virtual bool Log(int level, const LogContext& context, const char* format,
                    std::va_list* arguments, std::int64_t time_ms, bool use_lock) = 0;
   /// Writes the header block, after `replacement`, when there is one, was merged into it.

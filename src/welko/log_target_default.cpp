@@ -13,6 +13,7 @@
 #include "welko/library_logs.h"
 #include "welko/log_backups.h"
 #include "welko/log_level.h"
+#include "welko/log_redaction.h"
 #include "welko/log_switches.h"
 #include "welko/path.h"
 
@@ -47,6 +48,7 @@ LogTargetDefault::LogTargetDefault(const char* name) {
   const std::optional<platform::SystemVersion> version = platform::FindSystemVersion();
   // Systems up to 10.5 have no call for the thread's id.
   thread_ids_ = !version || version->major_number > 10 || version->minor_number > 5;
+  masked_keys_ = CredentialKeys();
   header_ = DescribeSystem(version.value_or(platform::SystemVersion{}));
 }
 
@@ -88,7 +90,7 @@ bool LogTargetDefault::Close() {
 
 bool LogTargetDefault::Log(int level, const LogContext& context, const char* format,
                            std::va_list* arguments, std::int64_t time_ms, bool use_lock) {
-  if (level_ > level) return true;
+  if (!enabled_ || level_ > level) return true;
   const LogFileLock::Hold hold(use_lock ? file_lock_.get() : nullptr);
   if (use_lock) {
     if (!hold) return true;
@@ -103,7 +105,9 @@ bool LogTargetDefault::Log(int level, const LogContext& context, const char* for
   last_message_time_ = time_ms / 1000;
   const std::string thread_id = thread_ids_ ? std::to_string(platform::CurrentThreadId()) : "";
   const std::string message = FormatMessage(format, arguments);
-  WriteLine(FormatLogLine(time_ms, level, context, thread_id, message, separator_).c_str());
+  const std::string line =
+      FormatLogLine(time_ms, level, context, thread_id, message, separator_, masked_keys_);
+  WriteLine(line.c_str());
   return true;
 }
 

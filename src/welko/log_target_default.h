@@ -7,6 +7,8 @@
 #define WELKO_LOG_TARGET_DEFAULT_H_
 
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "welko/log_file_lock.h"
 #include "welko/log_target_base.h"
@@ -30,7 +32,8 @@ class LogTargetDefault : public LogTargetBase {
   /// Without a path the file lies in the console user's logs folder.
   bool Open() override;
   bool Close() override;
-  /// A line is dropped without notice when the target is not open or the file's lock cannot be had.
+  /// A line is dropped without notice when the target is not open, when its file was refused, and
+  /// when the file's lock cannot be taken.
   bool Log(int level, const LogContext& context, const char* format, std::va_list* arguments,
            std::int64_t time_ms, bool use_lock) override;
   void WriteHeader(int level, const LogContext& context, const HeaderBlock* replacement) override;
@@ -44,8 +47,9 @@ class LogTargetDefault : public LogTargetBase {
 
   std::unique_ptr<LogFileLock> file_lock_;
   HeaderBlock header_;
-  std::int64_t last_check_ = 0;         ///< of the file's size, in seconds since the epoch
-  std::int64_t last_message_time_ = 0;  ///< in seconds since the epoch
+  std::int64_t last_check_ = 0;           ///< of the file's size, in seconds since the epoch
+  std::int64_t last_message_time_ = 0;    ///< in seconds since the epoch
+  std::vector<std::string> masked_keys_;  ///< elements whose text no line shows
   bool thread_ids_ = true;
 };
 
