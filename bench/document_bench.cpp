@@ -25,7 +25,10 @@
 
 namespace {
 
-#define SIZES Arg(bench::kSchemaEntries)->Arg(10'000)->Arg(100'000)
+// The numbers of entries that each document is measured with.
+void Sizes(benchmark::internal::Benchmark* measurement) {
+  measurement->Arg(bench::kSchemaEntries)->Arg(10'000)->Arg(100'000);
+}
 
 void CountBytes(benchmark::State& state, const std::string& path) {
   state.SetBytesProcessed(state.iterations() *
@@ -90,12 +93,12 @@ bool LoadPugixml(const std::string& path) {
   return document.load_file(path.c_str());
 }
 
-BENCHMARK_CAPTURE(MeasureLoad, limit, ReadWithExpat)->Name("load/limit")->SIZES;
-BENCHMARK_CAPTURE(MeasureLoad, wakerly, LoadStore)->Name("load/wakerly")->SIZES;
-BENCHMARK_CAPTURE(MeasureLoad, poco, LoadPoco)->Name("load/Poco")->SIZES;
-BENCHMARK_CAPTURE(MeasureLoad, libxml2, LoadLibxml2)->Name("load/libxml2")->SIZES;
-BENCHMARK_CAPTURE(MeasureLoad, tinyxml2, LoadTinyxml2)->Name("load/tinyxml2")->SIZES;
-BENCHMARK_CAPTURE(MeasureLoad, pugixml, LoadPugixml)->Name("load/pugixml")->SIZES;
+BENCHMARK_CAPTURE(MeasureLoad, limit, ReadWithExpat)->Name("load/limit")->Apply(Sizes);
+BENCHMARK_CAPTURE(MeasureLoad, wakerly, LoadStore)->Name("load/wakerly")->Apply(Sizes);
+BENCHMARK_CAPTURE(MeasureLoad, poco, LoadPoco)->Name("load/Poco")->Apply(Sizes);
+BENCHMARK_CAPTURE(MeasureLoad, libxml2, LoadLibxml2)->Name("load/libxml2")->Apply(Sizes);
+BENCHMARK_CAPTURE(MeasureLoad, tinyxml2, LoadTinyxml2)->Name("load/tinyxml2")->Apply(Sizes);
+BENCHMARK_CAPTURE(MeasureLoad, pugixml, LoadPugixml)->Name("load/pugixml")->Apply(Sizes);
 
 // `open_document` reads the document of a path and gives a function that saves it there.
 void MeasureSave(benchmark::State& state,
@@ -150,11 +153,11 @@ std::function<bool()> OpenPugixml(const std::string& path) {
   return [path, document] { return document->save_file(path.c_str(), ""); };
 }
 
-BENCHMARK_CAPTURE(MeasureSave, limit, OpenBytes)->Name("save/limit")->SIZES;
-BENCHMARK_CAPTURE(MeasureSave, wakerly, OpenStore)->Name("save/wakerly")->SIZES;
-BENCHMARK_CAPTURE(MeasureSave, poco, OpenPoco)->Name("save/Poco")->SIZES;
-BENCHMARK_CAPTURE(MeasureSave, libxml2, OpenLibxml2)->Name("save/libxml2")->SIZES;
-BENCHMARK_CAPTURE(MeasureSave, tinyxml2, OpenTinyxml2)->Name("save/tinyxml2")->SIZES;
-BENCHMARK_CAPTURE(MeasureSave, pugixml, OpenPugixml)->Name("save/pugixml")->SIZES;
+BENCHMARK_CAPTURE(MeasureSave, limit, OpenBytes)->Name("save/limit")->Apply(Sizes);
+BENCHMARK_CAPTURE(MeasureSave, wakerly, OpenStore)->Name("save/wakerly")->Apply(Sizes);
+BENCHMARK_CAPTURE(MeasureSave, poco, OpenPoco)->Name("save/Poco")->Apply(Sizes);
+BENCHMARK_CAPTURE(MeasureSave, libxml2, OpenLibxml2)->Name("save/libxml2")->Apply(Sizes);
+BENCHMARK_CAPTURE(MeasureSave, tinyxml2, OpenTinyxml2)->Name("save/tinyxml2")->Apply(Sizes);
+BENCHMARK_CAPTURE(MeasureSave, pugixml, OpenPugixml)->Name("save/pugixml")->Apply(Sizes);
 
 }  // namespace
