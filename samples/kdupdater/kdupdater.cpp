@@ -1,15 +1,18 @@
 // A client library to run Wakerly against: the smallest that meets the contract, with answers and
-// faults steered by environment variables. LIST stands for items with commas between them.
+// faults steered by environment variables. LIST stands for items with commas between them. What is
+// empty or makes no sense is reported on standard error: an empty setting then counts as not set, a
+// number as its default, and an item of a list is left out.
 //
 //   KDUPDATER_TRACE             a file that gets one line for each call
 //   KDUPDATER_LATEST_RESULT     result of the latest-application request (258, "taken")
 //   KDUPDATER_INVOKE_RESULT     result of the invoke request (0)
 //   KDUPDATER_CALLBACK          LIST of when to call back once: "request" (before the request
 //                               returns), "thread" (on one of the library's own, the default),
-//                               "release", "unload"
+//                               "release", "unload"; or "none" for never
 //   KDUPDATER_CALLBACK_DELAY_MS how long the thread waits before it calls back (0)
 //   KDUPDATER_CALLBACK_CODE     LIST of the callbacks' result codes; the last one stays (0)
-//   KDUPDATER_THROWS            ENTRY:WHAT, where ENTRY ("latest", "invoke" or "release") throws
+//   KDUPDATER_THROWS            LIST of ENTRY:WHAT, where ENTRY ("latest", "invoke" or "release")
+//   throws
 //                               an "exception", a "mute" one (its text is null) or an "other" (a
 //                               number)
 //   KDUPDATER_MEDDLES           LIST of what the latest-application request does to the process:
@@ -22,11 +25,14 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
+#include <limits>
 #include <locale>
 #include <sstream>
 #include <stdexcept>
@@ -38,29 +44,100 @@
 
 namespace {
 
-std::string Setting(const char* name, const char* otherwise) {
-  const char* value = std::getenv(name);
-  return value != nullptr ? value : otherwise;
+using Items = std::vector<std::string>;
+
+void Report(const char* name, const std::string& what) {
+  std::fprintf(stderr, "kdupdater: %s %s\n", name, what.c_str());
 }
 
-std::vector<std::string> List(const char* name, const char* otherwise) {
-  std::istringstream text(Setting(name, otherwise));
-  std::vector<std::string> items;
+std::string Setting(const char* name, const char* otherwise) {
+  const char* value = std::getenv(name);
+  if (value == nullptr) return otherwise;
+  if (*value == '\0') Report(name, "is empty and counts as not set");
+  return *value != '\0' ? value : otherwise;
+}
+
+Items Split(const std::string& list) {
+  std::istringstream text(list);
+  Items items;
   for (std::string item; std::getline(text, item, ',');) items.push_back(item);
   return items;
 }
 
-std::uint32_t Number(const std::string& text) {
-  return static_cast<std::uint32_t>(std::stoul(text, nullptr, 0));
+std::ptrdiff_t Count(const Items& items, const std::string& item) {
+  return std::count(items.begin(), items.end(), item);
 }
 
-// Opened once, since meddling may take away the right to open it.
-std::FILE* const g_trace = std::fopen(Setting("KDUPDATER_TRACE", "").c_str(), "a");
+// The items of a list that are among `known`.
+Items Words(const char* name, const char* otherwise, const Items& known) {
+  Items words;
+  for (const std::string& item : Split(Setting(name, otherwise))) {
+    if (Count(known, item) > 0) {
+      words.push_back(item);
+    } else {
+      Report(name, "has the unknown item \"" + item + "\", which is left out");
+    }
+  }
+  return words;
+}
+
+std::uint32_t Number(const char* name, const std::string& text, std::uint32_t otherwise) {
+  char* end = nullptr;
+  const unsigned long long number = std::strtoull(text.c_str(), &end, 0);
+  const bool is_number = text.find_first_of("0123456789") == 0 && *end == '\0';
+  if (is_number && number <= std::numeric_limits<std::uint32_t>::max()) {
+    return static_cast<std::uint32_t>(number);
+  }
+  Report(name, "has \"" + text + "\", which is no number of 32 bits: " + std::to_string(otherwise) +
+                   " is taken");
+  return otherwise;
+}
+
+std::uint32_t Number(const char* name, std::uint32_t otherwise) {
+  return Number(name, Setting(name, std::to_string(otherwise).c_str()), otherwise);
+}
+
+// At least one.
+std::vector<std::uint32_t> Numbers(const char* name, std::uint32_t otherwise) {
+  std::vector<std::uint32_t> numbers;
+  for (const std::string& item : Split(Setting(name, std::to_string(otherwise).c_str()))) {
+    numbers.push_back(Number(name, item, otherwise));
+  }
+  return numbers;
+}
+
+std::FILE* OpenTrace() {
+  const char* const name = "KDUPDATER_TRACE";
+  const std::string path = Setting(name, "");
+  if (path.empty()) return nullptr;
+  std::FILE* const trace = std::fopen(path.c_str(), "a");
+  if (trace == nullptr) Report(name, "names \"" + path + "\": " + std::strerror(errno));
+  return trace;
+}
+
+// Read when the library is loaded, since meddling may take away the right to open the trace.
+struct Settings {
+  std::FILE* const trace = OpenTrace();
+  const std::uint32_t latest_result = Number("KDUPDATER_LATEST_RESULT", kKDRequestTaken);
+  const std::uint32_t invoke_result = Number("KDUPDATER_INVOKE_RESULT", 0);
+  const Items moments =
+      Words("KDUPDATER_CALLBACK", "thread", {"request", "thread", "release", "unload", "none"});
+  const std::chrono::milliseconds delay{Number("KDUPDATER_CALLBACK_DELAY_MS", 0)};
+  const std::vector<std::uint32_t> codes = Numbers("KDUPDATER_CALLBACK_CODE", 0);
+  const Items throws =
+      Words("KDUPDATER_THROWS", "",
+            {"latest:exception", "latest:mute", "latest:other", "invoke:exception", "invoke:mute",
+             "invoke:other", "release:exception", "release:mute", "release:other"});
+  const Items meddles =
+      Words("KDUPDATER_MEDDLES", "", {"euid", "folder", "locale", "signals", "thread"});
+};
+
+const Settings g_settings;
 
 void Trace(const std::string& line) {
-  if (g_trace == nullptr) return;
-  std::fprintf(g_trace, "%s\n", line.c_str());
-  std::fflush(g_trace);
+  if (g_settings.trace == nullptr) return;
+  std::fprintf(g_settings.trace, "%s\n", line.c_str());
+  std::fflush(g_settings.trace);
 }
 
 // Outlives everything else here: the thread left behind may be at work to the very end.
@@ -75,7 +152,7 @@ class Library {
     CallWhen("unload");
     WaitForTheLeft();
     Trace("unloaded");
-    if (g_trace != nullptr) std::fclose(g_trace);
+    if (g_settings.trace != nullptr) std::fclose(g_settings.trace);
   }
   Library(const Library&) = delete;
   Library& operator=(const Library&) = delete;
@@ -83,10 +160,9 @@ class Library {
   void Answer(VantreKDCallback* callback) {
     callback_ = callback;
     CallWhen("request");
-    if (std::count(moments_.begin(), moments_.end(), "thread") == 0) return;
+    if (Count(g_settings.moments, "thread") == 0) return;
     thread_ = std::thread([this] {
-      const std::chrono::milliseconds delay(Number(Setting("KDUPDATER_CALLBACK_DELAY_MS", "0")));
-      std::this_thread::sleep_for(delay);
+      std::this_thread::sleep_for(g_settings.delay);
       CallWhen("thread");
     });
   }
@@ -112,9 +188,9 @@ class Library {
  private:
   void CallWhen(const std::string& moment) {
     if (callback_ == nullptr) return;
-    for (auto left = std::count(moments_.begin(), moments_.end(), moment); left > 0; --left) {
-      const std::uint32_t code = Number(codes_.front());
-      if (codes_.size() > 1) codes_.erase(codes_.begin());
+    for (auto left = Count(g_settings.moments, moment); left > 0; --left) {
+      const std::uint32_t code = *next_code_;
+      if (next_code_ + 1 != g_settings.codes.end()) ++next_code_;
       Trace("callback code=" + std::to_string(code));
       callback_(code);
     }
@@ -130,8 +206,7 @@ class Library {
     while (left_ && g_calls_of_the_left - calls < 2) std::this_thread::yield();
   }
 
-  const std::vector<std::string> moments_ = List("KDUPDATER_CALLBACK", "thread");
-  std::vector<std::string> codes_ = List("KDUPDATER_CALLBACK_CODE", "0");
+  std::vector<std::uint32_t>::const_iterator next_code_ = g_settings.codes.begin();
   VantreKDCallback* callback_ = nullptr;
   std::thread thread_;
   bool left_ = false;
@@ -140,7 +215,7 @@ class Library {
 Library g_library;
 
 void Meddle(VantreKDCallback* callback) {
-  for (const std::string& what : List("KDUPDATER_MEDDLES", "")) {
+  for (const std::string& what : g_settings.meddles) {
     [[maybe_unused]] int ignored = 0;
     if (what == "euid") ignored = seteuid(1);
     if (what == "folder") ignored = chdir("/");
@@ -160,10 +235,10 @@ class MuteException : public std::exception {
 };
 
 void ThrowIfTold(const std::string& entry) {
-  const std::string throws = Setting("KDUPDATER_THROWS", "");
-  if (throws == entry + ":exception") throw std::runtime_error("thrown by " + entry);
-  if (throws == entry + ":mute") throw MuteException();
-  if (throws == entry + ":other") throw 1;
+  const auto told = [&](const char* what) { return Count(g_settings.throws, entry + what) > 0; };
+  if (told(":exception")) throw std::runtime_error("thrown by " + entry);
+  if (told(":mute")) throw MuteException();
+  if (told(":other")) throw 1;
 }
 
 }  // namespace
@@ -175,18 +250,17 @@ std::uint32_t Vantre_KD_GetLatestKDApplication(const VantreKDLatestApplicationRe
   Trace("latest record=" + std::to_string(request->record_version) + " name=" +
         request->application_name + " version=" + request->application_version + " reserved=" +
         std::to_string(request->reserved[0] | request->reserved[1] | request->reserved[2]));
-  const std::uint32_t result = Number(Setting("KDUPDATER_LATEST_RESULT", "258"));
   Meddle(callback);
-  if (result == kKDRequestTaken) g_library.Answer(callback);
+  if (g_settings.latest_result == kKDRequestTaken) g_library.Answer(callback);
   ThrowIfTold("latest");
-  return result;
+  return g_settings.latest_result;
 }
 
 std::uint32_t Vantre_KD_InvokeApplication(const VantreKDInvokeRequest* request) {
   Trace("invoke record=" + std::to_string(request->record_version) +
         " name=" + request->application_name + " reserved=" + std::to_string(request->reserved));
   ThrowIfTold("invoke");
-  return Number(Setting("KDUPDATER_INVOKE_RESULT", "0"));
+  return g_settings.invoke_result;
 }
 
 std::uint32_t Vantre_KD_ReleaseRef() {

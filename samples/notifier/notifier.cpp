@@ -1,10 +1,14 @@
 // A notifier to run Wakerly against. It appends one line to the file that NOTIFIER_TRACE names,
-// which tells how it was started, and ends.
+// which tells how it was started, and ends. Without that variable it only ends; a file that cannot
+// be written, such as one without a name, is reported on standard error and makes the exit
+// status 1.
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -32,7 +36,10 @@ int main(int argc, char** argv) {
   const bool quiet = IsNullDevice(0) && IsNullDevice(1) && IsNullDevice(2);
   const int inherited = CountInheritedFiles();
   std::FILE* trace = std::fopen(path, "a");
-  if (trace == nullptr) return 1;
+  if (trace == nullptr) {
+    std::fprintf(stderr, "notifier: NOTIFIER_TRACE names \"%s\": %s\n", path, std::strerror(errno));
+    return 1;
+  }
   std::fprintf(trace,
                "started %s, arguments=%d own_session=%s standard_streams=%s other_files=%d\n",
                argv[0], argc - 1, getsid(0) == getpid() ? "yes" : "no",
