@@ -6,30 +6,30 @@ namespace platform {
 
 std::string MainExecutablePath() {
   @autoreleasepool {
-    return Text([[NSBundle mainBundle] executablePath]);
+    return ToUtf8([[NSBundle mainBundle] executablePath]);
   }
 }
 
 std::string MainBundlePath() {
   @autoreleasepool {
-    return Text([[NSBundle mainBundle] bundlePath]);
+    return ToUtf8([[NSBundle mainBundle] bundlePath]);
   }
 }
 
 std::string StandardizePath(const std::string& path) {
   @autoreleasepool {
-    return Text([String(path) stringByStandardizingPath]);
+    return ToUtf8([ToNSString(path) stringByStandardizingPath]);
   }
 }
 
 std::optional<std::string> ReadPropertyListString(const std::string& path, const std::string& key) {
   @autoreleasepool {
-    NSString* file = String(path);
+    NSString* file = ToNSString(path);
     if (file == nil) return std::nullopt;
     NSDictionary* list = [NSDictionary dictionaryWithContentsOfFile:file];
-    id value = [list objectForKey:String(key)];
+    id value = [list objectForKey:ToNSString(key)];
     if (![value isKindOfClass:[NSString class]]) return std::nullopt;
-    return Text(value);
+    return ToUtf8(value);
   }
 }
 

@@ -52,7 +52,7 @@ std::optional<std::string> FindFolder(FolderDomain domain, FolderType type, bool
 
 std::string HomeFolder() {
   @autoreleasepool {
-    return Text(NSHomeDirectory());
+    return ToUtf8(NSHomeDirectory());
   }
 }
 

@@ -7,14 +7,14 @@ namespace platform {
 std::vector<std::string> PreferredLanguages() {
   @autoreleasepool {
     std::vector<std::string> languages;
-    for (NSString* tag in [NSLocale preferredLanguages]) languages.push_back(Text(tag));
+    for (NSString* tag in [NSLocale preferredLanguages]) languages.push_back(ToUtf8(tag));
     return languages;
   }
 }
 
 std::string CurrentLocaleIdentifier() {
   @autoreleasepool {
-    return Text([[NSLocale currentLocale] localeIdentifier]);
+    return ToUtf8([[NSLocale currentLocale] localeIdentifier]);
   }
 }
 

@@ -11,7 +11,7 @@ struct NamedRecursiveLock::Native {
 NamedRecursiveLock::NamedRecursiveLock(const std::string& name) {
   @autoreleasepool {
     native_.reset(new Native{[[NSRecursiveLock alloc] init]});
-    [native_->lock setName:String(name)];
+    [native_->lock setName:ToNSString(name)];
   }
 }
 

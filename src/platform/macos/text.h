@@ -9,13 +9,13 @@
 namespace platform {
 
 /// The UTF-8 text of `string`; empty for nil.
-inline std::string Text(NSString* string) {
+inline std::string ToUtf8(NSString* string) {
   const char* text = [string UTF8String];
   return text != nullptr ? text : "";
 }
 
 /// `text` as a string of the enclosing autorelease pool; nil when it is not UTF-8.
-inline NSString* String(const std::string& text) {
+inline NSString* ToNSString(const std::string& text) {
   return [NSString stringWithUTF8String:text.c_str()];
 }
 
