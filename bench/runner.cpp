@@ -1,4 +1,4 @@
-// Times whole programs in turns, so that a machine whose speed drifts treats all of them alike.
+// Times whole programs in turns, so that a machine whose speed drifts affects all of them equally.
 //
 //   runner ROUNDS -- NAME PROGRAM [ARGUMENT...] [-- NAME PROGRAM [ARGUMENT...]]...
 //

@@ -1,4 +1,4 @@
-# Checks the #include lines of the source files given as arguments against the floors of the house:
+# Checks the #include lines of the source files given as arguments against the floors of src/:
 # a folder may include itself and the floors below it. Also keeps the seam's common headers free of
 # the operating system's headers. Prints each breach and exits with 1 when there is any.
 BEGIN {
@@ -30,7 +30,7 @@ function breach(why) {
   split($0, part, "\"")
   to = folder_of(part[2])
   if (from == "") next
-  if (to == "") breach("not a folder of the house")
+  if (to == "") breach("not a folder of src/")
   else if (from != to && floor[to] >= floor[from]) breach("a floor above or a neighbour")
   else if (from == "welko" && to != "welko" && to != "platform") breach("welko stands on platform alone")
 }

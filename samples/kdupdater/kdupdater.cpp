@@ -140,7 +140,7 @@ void Trace(const std::string& line) {
   std::fflush(g_settings.trace);
 }
 
-// Outlives everything else here: the thread left behind may be at work to the very end.
+// Outlives everything else here: the thread left behind may run until the process has ended.
 std::atomic<unsigned> g_calls_of_the_left = 0;
 
 // Lives as long as the library is loaded.
@@ -267,7 +267,7 @@ std::uint32_t Vantre_KD_ReleaseRef() {
   Trace("release");
   g_library.Release();
   ThrowIfTold("release");
-  return 0xFFFFFFFF;  // nobody may look at it
+  return 0xFFFFFFFF;  // no caller may look at it
 }
 
 }  // extern "C"

@@ -19,7 +19,7 @@ class VantreUpdaterAdminPrefs : public esd::PrefsWriter {
 
   ~VantreUpdaterAdminPrefs() override;
 
-  /// Whether the updater is suppressed on this machine; false where nobody says so.
+  /// Whether the updater is suppressed on this machine; false where the file does not say.
   esd::BasicPref<bool>& GetSuppressedPref() { return suppressed_; }
 
  private:

@@ -30,7 +30,7 @@ bool CheckIfUpdaterIsEnabled() {
     esd::UpdaterLog(esd::kMessageLevel, enabled ? "UCIsUpdaterEnabled : UpdaterIsEnabled."
                                                 : "CheckIfUpdaterIsEnabled : UpdaterIsNotEnabled.");
   } catch (...) {
-    // Whoever cannot tell does not claim that the updater is enabled.
+    // Without an answer the updater is not said to be enabled.
   }
   esd::UpdaterLogInt(esd::kStepLevel,
                      "UpdaterWakerly : Returning from << CheckIfUpdaterIsEnabled >> call with "

@@ -23,7 +23,7 @@ struct LogSettings {
   int level = 0;
 };
 
-// The system's own log and standard error are all that such a run can speak to.
+// Such a run can report only to the system's own log and to standard error.
 void ReportLocked() {
   openlog("wakerly", LOG_PID | LOG_PERROR, LOG_USER);
   syslog(LOG_WARNING,
@@ -70,7 +70,7 @@ bool SetUpStartupLogging() {
   try {
     ReadSettings(settings);
   } catch (...) {
-    // There is no log yet to report this in, and what was read until then still serves.
+    // There is no log yet to report this in, and what was read until then is still used.
   }
   if (settings.level > 0) OpenLog(settings);
   return true;

@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* kApplicationName = "MondoUpdater";
 
-// Owned here; the lock keeps the instance alive while a callback is at work in it. Neither is
+// Owned here; the lock keeps the instance alive while a callback runs in it. Neither is
 // destroyed when the process ends, since a callback may come as late as that.
 VantreUpdaterKodoLauncher* g_instance = nullptr;
 
@@ -142,7 +142,7 @@ std::uint32_t VantreUpdaterKodoLauncher::callbackResult() {
   return callback_result_;
 }
 
-// Two sections, the code first: whoever sees that the callback has come sees its code too.
+// Two sections, the code first: a reader that sees the callback as arrived sees its code too.
 void VantreUpdaterKodoLauncher::takeCallback(std::uint32_t result_code) {
   {
     const std::lock_guard<PlatformMutex> guard(lock_);

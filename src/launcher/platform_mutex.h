@@ -19,7 +19,7 @@ class PlatformMutex {
 
   /// Waits while another thread holds the lock.
   void lock() { named_ ? named_->lock() : plain_.lock(); }
-  /// Takes back one lock() of the calling thread, which must hold the lock.
+  /// Undoes one lock() of the calling thread, which must hold the lock.
   void unlock() { named_ ? named_->unlock() : plain_.unlock(); }
 
  private:

@@ -30,7 +30,8 @@ constexpr bool IsFound(FileType type) {
 }
 
 /// Whether a folder, FIFO, socket or device stands at `path`, links followed. False where nothing
-/// is found. Opening a FIFO can wait for ever: for its other end.
+/// is found. Opening a FIFO waits for its other end,
+/// without an end if there is none.
 bool IsOtherThanFile(const std::string& path);
 
 /// The size in bytes of what stands at `path`, links followed; nothing where nothing is found.

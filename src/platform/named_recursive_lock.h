@@ -19,7 +19,7 @@ class NamedRecursiveLock {
 
   /// Waits while another thread holds the lock.
   void lock();
-  /// Takes back one lock() of the calling thread, which must hold the lock.
+  /// Undoes one lock() of the calling thread, which must hold the lock.
   void unlock();
 
  private:

@@ -17,7 +17,7 @@ namespace {
 
 using File = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
 
-// The name must be free: a backup of the same second, or a link that somebody laid there, stays.
+// The name must be free: a backup of the same second, or a link that somebody made there, stays.
 File CreateNew(const std::string& path) {
   const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
   File file(descriptor < 0 ? nullptr : fdopen(descriptor, "wb"), &std::fclose);

@@ -15,7 +15,7 @@ constexpr int kAttempts = 100;  // against others that remove the set meanwhile
 constexpr unsigned short kAttached = 0;
 constexpr unsigned short kFree = 1;
 
-// Whether the last operation failed because the set is gone: semop(2) tells the one error to a
+// Whether the last operation failed because the set is gone: semop(2) gives the one error to a
 // waiting caller, the other to one that comes later.
 bool WasRemoved() { return errno == EIDRM || errno == EINVAL; }
 
@@ -28,8 +28,8 @@ LogFileLock::LogFileLock(const std::string& path) : path_(path), set_(kNoSet), c
 LogFileLock::~LogFileLock() {
   if (!counted_) return;
   Operate(kAttached, -1, IPC_NOWAIT);
-  // The last one removes the set, but only while it holds the lock itself: whoever attaches
-  // meanwhile must not hold a lock that is about to go.
+  // The last one removes the set, but only while it holds the lock itself: a process that attaches
+  // meanwhile must not hold a lock that is about to be removed.
   sembuf take_over[] = {
       {kAttached, 0, IPC_NOWAIT}, {kAttached, 1, IPC_NOWAIT}, {kFree, -1, IPC_NOWAIT | SEM_UNDO}};
   if (semop(set_, take_over, std::size(take_over)) == 0) semctl(set_, 0, IPC_RMID);
@@ -45,7 +45,7 @@ bool LogFileLock::Acquire() {
 }
 
 void LogFileLock::Release() {
-  // A set that was removed meanwhile is nobody's any more; the next Acquire finds the new one.
+  // A set that was removed meanwhile does not have to be freed; the next Acquire finds the new one.
   if (!Operate(kFree, 1, SEM_UNDO) && !WasRemoved()) set_ = kNoSet;
 }
 

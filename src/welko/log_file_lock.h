@@ -12,10 +12,10 @@ namespace welko {
 /// One thread uses an object.
 class LogFileLock {
  public:
-  /// Holds the lock from construction to destruction, if it could be had.
+  /// Holds the lock from construction to destruction, if it could be taken.
   class Hold {
    public:
-    /// Waits for `lock`, which must outlive this object; null is never had.
+    /// Waits for `lock`, which must outlive this object; without one (null) nothing is held.
     explicit Hold(LogFileLock* lock) : lock_(lock != nullptr && lock->Acquire() ? lock : nullptr) {}
     ~Hold() {
       if (lock_ != nullptr) lock_->Release();
@@ -31,7 +31,7 @@ class LogFileLock {
   };
 
   /// Attaches to the set of the existing file `path`, which is made when there is none. A failure
-  /// leaves a lock that is never had.
+  /// leaves a lock that cannot be taken.
   explicit LogFileLock(const std::string& path);
   /// Detaches; the last process to do so removes the set. Without it the set stays in the system.
   ~LogFileLock();

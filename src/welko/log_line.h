@@ -15,7 +15,7 @@ using LogContext = std::array<const char*, 6>;
 /// The current time in milliseconds since the epoch.
 std::int64_t NowMilliseconds();
 
-/// `seconds` since the epoch in local time, laid out by strftime(3)'s `format`.
+/// `seconds` since the epoch in local time, formatted by strftime(3) with `format`.
 std::string FormatLocalTime(const char* format, std::int64_t seconds);
 
 /// The line for `message`, without its newline: time, "[LEVEL]", the six context texts, the thread

@@ -35,7 +35,7 @@ int ApplyLogSwitches(const std::string& log_name, int level) {
 bool KeepsOldLogs(const std::string& folder) {
   std::string path = folder;
   AppendPathComponent(path, "quib.trace");
-  if (!IsRegularFile(path)) return false;  // reading from a pipe could wait for ever
+  if (!IsRegularFile(path)) return false;  // reading from a pipe could wait without an end
   std::ifstream file(path, std::ios::binary);
   char text[10] = {};
   file.read(text, 9);

@@ -1,5 +1,5 @@
-// A named destination for log lines, with its level and its file. What a line looks like, and how
-// the file is shared, is its derived class's business.
+// A named destination for log lines, with its level and its file. Its derived class decides what
+// a line looks like, and how the file is shared.
 #ifndef WELKO_LOG_TARGET_BASE_H_
 #define WELKO_LOG_TARGET_BASE_H_
 
@@ -64,7 +64,7 @@ class LogTargetBase {
   std::string separator_ = " | ";        ///< between the fields of a line
   std::string file_name_ = "Welko.log";  ///< the last component of the path, and its default
   std::string file_path_;                ///< empty until SetLogFile or Open chooses one
-  int level_ = 0;                        ///< the threshold, switch files reckoned in
+  int level_ = 0;                        ///< the threshold, as the switch files changed it
   std::fstream stream_;                  ///< open on the file between Open and Close
   bool enabled_ = true;                  ///< false when SetLogFile was refused its file
   bool opened_ = false;                  ///< between a successful Open and Close

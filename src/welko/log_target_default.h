@@ -25,7 +25,7 @@ class LogTargetDefault : public LogTargetBase {
 
  protected:
   /// A file that is new gets mode 0666, so that other users' processes can write the same log; a
-  /// failure of that is told on standard error. Returns whether the stream is good.
+  /// failure of that is reported on standard error. Returns whether the stream is good.
   bool OpenStream(std::fstream& stream) override;
 
  public:

@@ -6,7 +6,7 @@
 
 namespace welko {
 
-/// At most one loaded library. Never unloads: whoever embeds it closes the handle.
+/// At most one loaded library. Never unloads: its owner closes the handle.
 class NativeLibrary {
  public:
   /// Loads the library at `path` with dlopen(3), all symbols bound at once. True at once, whatever

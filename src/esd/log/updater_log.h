@@ -1,5 +1,5 @@
-// The updater's log: levels, texts and the one target behind it. What a line looks like, and the
-// file itself, are the target's business.
+// The updater's log: levels, texts and the one target behind it. The target decides what a
+// line looks like, and it owns the file.
 //
 // Levels go from 1 to 10, smaller is more important. InitUpdaterLog is called once, before any
 // other thread logs; until then, and when it is never called, every line is dropped.

@@ -6,7 +6,7 @@ namespace esd {
 
 /// Holds SIGTERM, SIGINT and SIGHUP back from the calling thread between Hold and Deliver, both
 /// called on the same thread. Those that came meanwhile are delivered when the thread's last holder
-/// lets go; other signals are not touched.
+/// calls Deliver; other signals are not touched.
 class HeldSignals {
  public:
   HeldSignals() = default;
@@ -16,7 +16,7 @@ class HeldSignals {
 
   /// Does nothing while this object holds already.
   void Hold();
-  /// Lets go. Does nothing while this object does not hold.
+  /// Ends the holding. Does nothing while this object does not hold.
   void Deliver();
 
  private:

@@ -11,7 +11,7 @@
 namespace esd {
 
 /// The exceptions of a load after which the file is removed and loaded once more. Any other, and
-/// one of the second load, leaves.
+/// one of the second load, reaches the caller.
 enum class ReloadAfter { kAnyException, kInvalidArgument };
 
 /// Points `store` at the file `path` and loads it, then makes a lock for the file and installs it

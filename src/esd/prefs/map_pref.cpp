@@ -13,7 +13,7 @@ namespace {
 constexpr const char* kEntryName = "MapPrefEntry";
 constexpr const char* kKeyAttribute = "MapPrefKey";
 
-// Strings are kept as they stand: blanks are part of them.
+// Strings are kept unchanged: blanks are part of them.
 template <typename To, typename From>
 std::optional<To> Convert(const From& in) {
   if constexpr (std::is_same_v<From, To>) {

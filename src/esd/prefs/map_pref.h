@@ -25,7 +25,7 @@ class MapPref {
   void SetStore(PrefsWriter* store) { store_ = store; }
 
   /// Gives the stored map in `out`, an empty one without an entry and when the store's lock cannot
-  /// be had. False, and an empty map, when one of its elements has no key or no valid value.
+  /// be taken. False, and an empty map, when one of its elements has no key or no valid value.
   virtual bool Get(std::map<K, V>& out);
   /// Stores `value` in the place of the former map, at the end of all entries. False as the store's
   /// SetPref.

@@ -74,7 +74,7 @@ void VantreUpdaterPrefs::ReconcileUninstallStamp(bool variant) {
   uninstallts_.Set(*stamp);
 }
 
-// A task that is gone and not wanted must not be taken for one that will check.
+// A task that is missing and not needed must not look like one that will check.
 void VantreUpdaterPrefs::ReconcileScheduledTask() {
   std::uint32_t error_code = 0;
   if (IsScheduledTaskPresent(error_code, L"VantreOrlanUpdater-1.0")) return;

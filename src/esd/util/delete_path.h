@@ -9,10 +9,10 @@ namespace esd {
 /// Removes what stands at `path`; true also when nothing is found there. A symbolic link is
 /// removed itself, never what it points to, at the top and inside a tree.
 ///
-/// A folder goes with all it holds, locked items included; what cannot be removed stays and makes
-/// the result false. A single file stays, with the result false, when it or its volume is locked,
-/// or when the process, not being root, has no write permission on it as its owner or a member of
-/// its group.
+/// A folder is removed with all that it holds, locked items included; what cannot be removed stays
+/// and makes the result false. A single file stays, with the result false, when it or its volume is
+/// locked, or when the process, not being root, has no write permission on it as its owner or a
+/// member of its group.
 bool DeletePath(const std::string& path);
 
 }  // namespace esd

@@ -41,7 +41,7 @@ class ESDofstream {
 
   /// The inner stream, owned by this object; null once closed.
   std::ofstream* stream() { return stream_.get(); }
-  /// Closes the file and destroys the inner stream; a failure of the last write is not told.
+  /// Closes the file and destroys the inner stream; a failure of the last write is not reported.
   void close() { stream_.reset(); }
 
  private:

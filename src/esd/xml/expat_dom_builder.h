@@ -23,9 +23,9 @@ class ExpatDOMBuilder {
   /// Destroys the document.
   void Clear();
 
-  /// Starts a new document, which holds its declaration node alone, and makes ready for ParseFile.
-  /// Both arguments are XML_ParserCreate_MM's and may be null. On false, for want of memory, there
-  /// may be no document.
+  /// Starts a new document, which holds its declaration node alone, and prepares for ParseFile.
+  /// Both arguments are XML_ParserCreate_MM's and may be null. On false, when memory runs out,
+  /// there may be no document.
   bool Create(const char* encoding, const char* namespace_separator);
 
   /// Reads the file `path` into the document that Create has made. A file that is missing, cannot

@@ -15,7 +15,7 @@ XMLDocumentNode::~XMLDocumentNode() {
   data_.clear();
   attributes_.clear();
   // A destructor that called itself for each level would overrun the stack on a deep document, so
-  // each node gives up its children before it goes. The next to go stands last.
+  // each node hands over its children before it is destroyed. The last one here is the next.
   try {
     Children doomed(std::make_move_iterator(children_.rbegin()),
                     std::make_move_iterator(children_.rend()));
@@ -29,7 +29,7 @@ XMLDocumentNode::~XMLDocumentNode() {
       node->children_.clear();
     }
   } catch (const std::bad_alloc&) {
-    // What is left goes the plain way, and each level tries this again.
+    // What is left is destroyed by recursion, and each level tries this again.
   }
 }
 

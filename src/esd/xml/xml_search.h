@@ -25,7 +25,7 @@ class SearchResult {
   ///@}
 
   /// The direct children of each node here, in order, for which `predicate` is true. A child whose
-  /// test throws std::bad_cast is passed over; any other exception leaves.
+  /// test throws std::bad_cast is left out; any other exception reaches the caller.
   template <typename Predicate>
   SearchResult Children(Predicate predicate) const {
     SearchResult found;

@@ -13,7 +13,8 @@ struct OpenNode {
   std::size_t next_child;
 };
 
-// Gathers what stands in one line, since each piece that a stream takes costs more than the text.
+// Gathers what stands in one line, since handing a stream many pieces takes more time than writing
+// the text.
 class LineWriter {
  public:
   explicit LineWriter(std::ostream& stream) : stream_(stream) {}

@@ -10,7 +10,7 @@
 namespace esd {
 
 /// Writes `node` and its subtree, however deep, to `stream` and returns it; the stream is flushed
-/// after every newline. Its state is the caller's business. Only character data is escaped: an
+/// after every newline. The caller looks at its state. Only character data is escaped: an
 /// attribute value that holds a quote, "<" or "&" gives text that does not parse back.
 std::ostream& WriteXMLNode(std::ostream& stream, const XMLDocumentNode& node);
 

@@ -79,7 +79,7 @@ std::optional<std::string> FindFolder(FolderDomain domain, FolderType type, bool
 }
 
 std::string HomeFolder() {
-  // Acting as somebody else, the environment still names the real user's home.
+  // While the process acts as another user, the environment still names the real user's home.
   std::string home = geteuid() == getuid() ? Environment("HOME") : "";
   if (!home.empty()) return home;
   const std::optional<PasswordEntry> entry = FindPasswordEntry(geteuid());
