@@ -94,8 +94,9 @@ std::optional<std::string> FindConsoleUserLogs() {
 
 // Leaves `out` untouched where nothing was found.
 bool Give(std::optional<std::string> found, std::string& out) {
-  if (found) out = *std::move(found);
-  return found.has_value();
+  if (!found) return false;
+  out = *std::move(found);
+  return true;
 }
 
 }  // namespace

@@ -85,8 +85,9 @@ bool GetUserInterfaceLanguage(std::string& out) {
 
 bool MapLanguageCode(std::string tag, std::string& out) {
   std::optional<std::string> code = FindNearestCode(std::move(tag));
-  if (code) out = *std::move(code);
-  return code.has_value();
+  if (!code) return false;
+  out = *std::move(code);
+  return true;
 }
 
 }  // namespace welko
