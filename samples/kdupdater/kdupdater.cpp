@@ -11,8 +11,7 @@
 //                               "release", "unload"; or "none" for never
 //   KDUPDATER_CALLBACK_DELAY_MS how long the thread waits before it calls back (0)
 //   KDUPDATER_CALLBACK_CODE     LIST of the callbacks' result codes; the last one stays (0)
-//   KDUPDATER_THROWS            LIST of ENTRY:WHAT, where ENTRY ("latest", "invoke" or "release")
-//   throws
+//   KDUPDATER_THROWS            LIST of ENTRY:WHAT: ENTRY ("latest", "invoke" or "release") throws
 //                               an "exception", a "mute" one (its text is null) or an "other" (a
 //                               number)
 //   KDUPDATER_MEDDLES           LIST of what the latest-application request does to the process:
@@ -28,6 +27,8 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

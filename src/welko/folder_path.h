@@ -46,9 +46,8 @@ enum FolderId : unsigned {
 /// product's part of the path appended to it.
 bool GetFolderPath(unsigned folderId, std::string& out);
 
-/// Where the desktop suite's application stands when it is installed; the path ends in ".app".
-/// Where the machine's folder for utilities is not found, the path begins with the product's
-/// folder.
+/// The path of the desktop suite's application, whether or not it is installed. Without the
+/// machine's folder for utilities it begins with the product's own folder.
 std::string DesktopSuitePath();
 
 /// Gives in `out` the system's folder of that domain and type, made when it is missing.
