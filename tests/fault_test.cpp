@@ -121,7 +121,7 @@ INSTANTIATE_TEST_SUITE_P(
                 closefrom(3);
                 Limit(RLIMIT_NOFILE, kDescriptors);
               },
-              true, false},
+              true, true},
         Fault{"NoLogSemaphores", [] { Refuse(ENOSPC, {SYS_semget}); }, false, false},
         Fault{"NoPrefsSemaphores", [] { Refuse(ENOSPC, {SYS_openat}, O_EXCL); }, false, true},
         Fault{"NoProcesses",

@@ -19,7 +19,10 @@ void HeldSignals::Hold() {
   if (t_holders++ > 0) return;
   sigset_t ending;
   sigemptyset(&ending);
-  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&ending, signal);
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGXCPU, SIGXFSZ, SIGALRM, SIGVTALRM,
+                           SIGPROF, SIGUSR1, SIGUSR2}) {
+    sigaddset(&ending, signal);
+  }
   pthread_sigmask(SIG_BLOCK, &ending, &t_former);
 }
 

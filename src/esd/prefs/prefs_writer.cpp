@@ -1,5 +1,7 @@
 #include "esd/prefs/prefs_writer.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <functional>
 #include <iterator>
 #include <new>
@@ -12,35 +14,21 @@
 #include "esd/prefs/prefs_lock.h"
 #include "esd/util/change_diff_type.h"
 #include "esd/util/delete_path.h"
-#include "esd/util/file_info.h"
-#include "esd/util/file_stream.h"
+#include "esd/util/replace_file.h"
 #include "esd/xml/xml_search.h"
 #include "esd/xml/xml_writer.h"
+#include "platform/file_descriptor.h"
 
 namespace esd {
 namespace {
 
 using ElementNamed = NodeName_t<std::string, std::equal_to<std::string>>;
 
-// The bytes of a file, or nothing when it cannot be read.
-std::optional<std::string> ReadBytes(const std::string& path) {
-  ESDifstream file(path, "rb");
-  std::ifstream& stream = *file.stream();
-  const std::streamoff size = stream.tellg();
-  if (size < 0) return std::nullopt;
-  std::string bytes(static_cast<std::size_t>(size), '\0');
-  stream.seekg(0).read(bytes.data(), size);
-  return stream ? std::optional(std::move(bytes)) : std::nullopt;
-}
-
-// Creates or truncates a file. Nothing when it cannot be opened, else whether every byte was
-// written.
-std::optional<bool> WriteBytes(const std::string& path, const std::string& bytes) {
-  ESDofstream file(path, "wb");
-  if (!file.stream()->is_open()) return std::nullopt;
-  *file.stream() << bytes << std::flush;
-  file.stream()->close();
-  return file.stream()->good();
+// Whether an open(2) that failed so tells for good that there is nothing to read. Anything else,
+// such as too many open files, may be over soon, and the file may hold what must not be lost.
+bool IsUnreadable(int error) {
+  constexpr int kForGood[] = {ENOENT, ENOTDIR, EACCES, EPERM, EISDIR, ELOOP, ENAMETOOLONG};
+  return std::find(std::begin(kForGood), std::end(kForGood), error) != std::end(kForGood);
 }
 
 }  // namespace
@@ -59,27 +47,44 @@ void PrefsWriter::SetLockPolicy(LockPolicyInterface* policy) {
 void PrefsWriter::SetPrefsPath(const std::string& path) {
   const PrefsLock lock(*this);
   if (!lock.held()) return;
+  const bool is_reload = path == prefs_path_ && root_ != nullptr;
+  if (path != prefs_path_) file_.Forget();
   prefs_path_ = path;
+  const platform::FileDescriptor file = platform::OpenRegularFile(path);
+  const int error = file ? 0 : errno;
+  is_up_to_date_ = !is_reload || error == 0 || error == ENOENT || error == ENOTDIR;
+  if (!is_up_to_date_) return;
   root_ = nullptr;
   const bool created = builder_.Create(nullptr, nullptr);
   if (path.empty()) throw std::runtime_error("Prefs file unable to lock file for reading!");
-  if (!created) return;
-  if (builder_.ParseFile(path, true)) {
-    AdoptDocument();
-  } else if (lock.took()) {
-    DeletePath(path);
-    EmptyDOM();
+  if (!created || !(file || IsUnreadable(error))) return;
+  Load(file, lock.took());
+}
+
+// Leaves the store without a root where the file cannot be read whole.
+void PrefsWriter::Load(const platform::FileDescriptor& file, bool may_remove) {
+  try {
+    // Before the content is read: what is saved meanwhile must look newer.
+    const auto stamp = file ? platform::StampOf(file.number()) : std::nullopt;
+    if (builder_.ParseFile(file, true)) {
+      AdoptDocument(stamp);
+    } else if (may_remove && builder_.is_malformed()) {
+      DeleteFile(prefs_path_);
+      EmptyDOM();
+    }
+  } catch (const std::bad_alloc&) {
+    root_ = nullptr;
   }
 }
 
 // Makes the element of the right name the root of a document that was read.
-void PrefsWriter::AdoptDocument() {
+void PrefsWriter::AdoptDocument(const std::optional<platform::FileStamp>& stamp) {
   const auto found = SearchResult(builder_.GetRoot()).Children(ElementNamed(root_name_));
   if (found.nodes().empty()) {
     AddRoot();
   } else {
     root_ = found.nodes().front();
-    GetModificationStamp(prefs_path_, last_modification_time_);
+    if (stamp) file_.Remember(*stamp);
   }
 }
 
@@ -90,12 +95,21 @@ void PrefsWriter::AddRoot() {
 }
 
 bool PrefsWriter::RefreshIfModified() {
-  std::uint64_t stamp = 0;
-  if (GetModificationStamp(prefs_path_, stamp)) {
-    if (last_modification_time_ < stamp) SetPrefsPath(prefs_path_);
-  } else if (last_modification_time_ != 0) {
-    EmptyDOM();
-    last_modification_time_ = 0;
+  const bool was_loaded = file_.time() != 0;
+  is_up_to_date_ = true;
+  switch (file_.Look(prefs_path_)) {
+    case PrefsFile::State::kChanged:
+      SetPrefsPath(prefs_path_);
+      break;
+    case PrefsFile::State::kGone:
+      if (was_loaded) EmptyDOM();
+      file_.Forget();
+      break;
+    case PrefsFile::State::kUnknown:
+      is_up_to_date_ = !was_loaded;
+      break;
+    case PrefsFile::State::kSame:
+      break;
   }
   return true;
 }
@@ -115,7 +129,7 @@ void PrefsWriter::EmptyDOM() {
 bool PrefsWriter::DeleteAllPrefs() {
   PrefsLock lock(*this);
   if (!lock.held()) return false;
-  if (!DeletePath(prefs_path_)) {
+  if (!DeleteFile(prefs_path_)) {
     lock.Keep();
     return false;
   }
@@ -156,7 +170,7 @@ bool PrefsWriter::SetPref(const std::string& key, std::unique_ptr<XMLDocumentNod
   return Save();
 }
 
-template <typename T>
+template <PrefValue T>
 bool PrefsWriter::GetPref(const std::string& key, T& out, const T& otherwise) {
   const PrefsLock lock(*this);
   if (!lock.held()) return false;
@@ -174,7 +188,7 @@ bool PrefsWriter::GetPref(const std::string& key, T& out, const T& otherwise) {
   }
 }
 
-template <typename T>
+template <PrefValue T>
 bool PrefsWriter::SetPref(const std::string& key, const T& value) {
   const PrefsLock lock(*this);
   if (!lock.held()) return false;
@@ -192,37 +206,13 @@ bool PrefsWriter::SetPref(const std::string& key, const T& value) {
 
 bool PrefsWriter::Save() {
   PrefsLock lock(*this);
-  if (!lock.held() || root_ == nullptr) return false;
-  // The text is made first, so that the file is empty for as short a time as possible.
+  if (!lock.held() || root_ == nullptr || !is_up_to_date_) return false;
   std::ostringstream text;
   WriteXMLNode(text, *builder_.GetRoot());
-  return ReplaceFile(std::move(text).str()) && lock.Release();
-}
-
-bool PrefsWriter::ReplaceFile(const std::string& text) {
-  const bool existed = ObjectExistsAtPath(prefs_path_);
-  const std::optional<std::string> former = existed ? ReadBytes(prefs_path_) : std::nullopt;
-  const std::optional<bool> written = WriteBytes(prefs_path_, text);
-  if (!written) return false;
-  if (!*written && former) WriteBytes(prefs_path_, *former);
-  if (!*written && !existed) DeletePath(prefs_path_);
-  // Bytes that were put back are no news either: the document keeps its change.
-  KeepStamp();
-  return *written;
-}
-
-// Remembers the file's time, which must not be one that another process may have loaded the file
-// with: two saves can fall into one tick of the clock, and the clock can be set back.
-void PrefsWriter::KeepStamp() {
-  constexpr std::uint64_t kSecond = 1'000'000'000;
-  const std::uint64_t next_second = (last_modification_time_ / kSecond + 1) * kSecond;
-  std::uint64_t stamp = 0;
-  // Some file systems keep nothing finer than a second.
-  for (const std::uint64_t newer : {last_modification_time_ + 1, next_second}) {
-    if (!GetModificationStamp(prefs_path_, stamp) || stamp > last_modification_time_) break;
-    SetModificationStamp(prefs_path_, newer);
-  }
-  GetModificationStamp(prefs_path_, last_modification_time_);
+  if (lock_policy_ != nullptr) RemoveLeftovers(prefs_path_);
+  // A stream that gets no memory keeps a part of the text and says so.
+  if (!text || !file_.Replace(prefs_path_, std::move(text).str())) return false;
+  return lock.Release();
 }
 
 template bool PrefsWriter::GetPref(const std::string&, bool&, const bool&);

@@ -6,15 +6,22 @@
 #ifndef ESD_PREFS_PREFS_WRITER_H_
 #define ESD_PREFS_PREFS_WRITER_H_
 
-#include <cstdint>
+#include <concepts>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "esd/prefs/lock_policy.h"
+#include "esd/prefs/prefs_file.h"
 #include "esd/xml/expat_dom_builder.h"
 #include "esd/xml/xml_document_node.h"
 
 namespace esd {
+
+/// A type of value that a store keeps as text.
+template <typename T>
+concept PrefValue = std::same_as<T, bool> || std::same_as<T, int> ||
+    std::same_as<T, unsigned long> || std::same_as<T, std::string>;
 
 /// One thread uses a store. Reads and writes give false, and do nothing, when the lock cannot be
 /// had.
@@ -34,12 +41,15 @@ class PrefsWriter {
   LockPolicyInterface* lock_policy() const { return lock_policy_; }
 
   /// Points the store at the file `path` and loads it. A missing or empty file, and one that holds
-  /// no root element of the right name, give an empty store. A malformed file is replaced by an
-  /// empty document when this call took the lock; otherwise the store stays without a root, so that
-  /// reads give defaults and writes fail. Throws std::runtime_error for an empty path.
+  /// no root element of the right name, give an empty store. A malformed file is removed and gives
+  /// an empty store when this call took the lock; otherwise, and when reading or memory fails, the
+  /// store stays without a root, so that reads give defaults and writes fail. A document that was
+  /// loaded from the same path stays when the file can be neither opened nor found missing; writes
+  /// fail then. Throws std::runtime_error for an empty path.
   void SetPrefsPath(const std::string& path);
-  /// Loads the file again when it is newer than the document; empties the document when the file
-  /// that it was loaded from is gone. Always true.
+  /// Loads the file again when it is newer than the document, or another one; empties the document
+  /// when the file that it was loaded from is gone. A document that was loaded stays when the file
+  /// cannot be looked at; writes fail then. Always true.
   bool RefreshIfModified();
   /// Takes the lock, when there is one and it is not held, and refreshes the document. The caller
   /// gives the lock back; better let a PrefsLock do both.
@@ -53,40 +63,39 @@ class PrefsWriter {
   /// it. Takes no lock.
   XMLDocumentNode* GetPrefsNode(const std::string& key, bool create);
   /// Gives the entry called `key` in `node`; false, and null there, when there is none. The tree
-  /// owns it.
+  /// owns it, and destroys it when the store loads its file anew, which every operation here may
+  /// do unless the caller holds the lock.
   bool GetPref(const std::string& key, XMLDocumentNode*& node);
   /// Removes the entry called `key`, when there is one, puts `node` at the end of all entries under
   /// its own name, and saves. On false the document may have changed all the same.
   bool SetPref(const std::string& key, std::unique_ptr<XMLDocumentNode> node);
 
   /// Gives in `out` the value of the entry called `key`, `otherwise` when it is missing or empty.
-  /// False, and `out` untouched, for text that is no T. T is bool, int, unsigned long or
-  /// std::string.
-  template <typename T>
+  /// False, and `out` untouched, for text that is no T.
+  template <PrefValue T>
   bool GetPref(const std::string& key, T& out, const T& otherwise);
   /// Sets the entry called `key`, a new one at the end of all entries, and saves. On false the
   /// document may have changed, the file has not.
-  template <typename T>
+  template <PrefValue T>
   bool SetPref(const std::string& key, const T& value);
 
-  /// Writes the document to the file. When that fails, the file gets its former bytes back, as
-  /// far as they could be read, and the document stays as it is. False also without a loaded
-  /// document, and when the lock cannot be given back afterwards.
+  /// Makes the document the content of the file (ReplaceFile). When that fails, file and document
+  /// stay as they are. False also without a loaded document, when memory does not suffice, and when
+  /// the lock cannot be given back afterwards.
   bool Save();
 
  private:
-  void AdoptDocument();
+  void Load(const platform::FileDescriptor& file, bool may_remove);
+  void AdoptDocument(const std::optional<platform::FileStamp>& stamp);
   void AddRoot();
-  bool ReplaceFile(const std::string& text);
-  void KeepStamp();
 
   ExpatDOMBuilder<XMLDocumentNode> builder_;
   XMLDocumentNode* root_ = nullptr;  ///< owned by the builder; null when no document is loaded
   std::string prefs_path_;
   const std::string root_name_;
   LockPolicyInterface* lock_policy_ = nullptr;  ///< not owned
-  /// The file's, when it was last loaded or saved, in nanoseconds since the epoch; 0 for none.
-  std::uint64_t last_modification_time_ = 0;
+  PrefsFile file_;             ///< as last loaded or saved, its modification time above all
+  bool is_up_to_date_ = true;  ///< false when the last look at the file was refused
 };
 
 }  // namespace esd

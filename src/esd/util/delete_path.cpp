@@ -56,15 +56,20 @@ bool MayWrite(const struct stat& status) {
 
 }  // namespace
 
+bool DeleteFile(const std::string& path) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0) return true;
+  if (S_ISDIR(status.st_mode)) return false;
+  if (platform::IsLocked(path) || IsVolumeReadOnly(path) || !MayWrite(status)) return false;
+  return remove(path.c_str()) == 0;
+}
+
 bool DeletePath(const std::string& given_path) {
   // A "/" behind a link's name would name what the link points to.
   const std::string path = given_path.substr(0, given_path.find_last_not_of('/') + 1);
   if (path.empty()) return given_path.empty();
-  struct stat status {};
-  if (lstat(path.c_str(), &status) != 0) return true;
-  if (S_ISDIR(status.st_mode)) return DeleteTree(path);
-  if (platform::IsLocked(path) || IsVolumeReadOnly(path) || !MayWrite(status)) return false;
-  return remove(path.c_str()) == 0;
+  return platform::TypeOfLink(path) == platform::FileType::kFolder ? DeleteTree(path)
+                                                                   : DeleteFile(path);
 }
 
 }  // namespace esd

@@ -15,6 +15,9 @@ namespace esd {
 /// member of its group.
 bool DeletePath(const std::string& path);
 
+/// The same for what is no folder. A folder stays, with the result false.
+bool DeleteFile(const std::string& path);
+
 }  // namespace esd
 
 #endif  // ESD_UTIL_DELETE_PATH_H_

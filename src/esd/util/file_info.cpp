@@ -1,9 +1,7 @@
 #include "esd/util/file_info.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
-#include <ctime>
 #include <optional>
 
 #include "platform/file_attributes.h"
@@ -16,16 +14,9 @@ bool ObjectExistsAtPath(const std::string& path) {
 }
 
 bool GetModificationStamp(const std::string& path, std::uint64_t& stamp) {
-  const std::optional<std::uint64_t> time = platform::ModificationTime(path);
-  if (time) stamp = *time;
-  return time.has_value();
-}
-
-bool SetModificationStamp(const std::string& path, std::uint64_t stamp) {
-  constexpr std::uint64_t kSecond = 1'000'000'000;
-  const timespec times[] = {
-      {0, UTIME_OMIT}, {static_cast<time_t>(stamp / kSecond), static_cast<long>(stamp % kSecond)}};
-  return utimensat(AT_FDCWD, path.c_str(), times, 0) == 0;
+  const std::optional<platform::FileStamp> found = platform::StampOf(path);
+  if (found) stamp = found->time;
+  return found.has_value();
 }
 
 bool GetPermissionMode(const std::string& path, std::uint16_t& mode) {

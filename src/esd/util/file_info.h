@@ -16,9 +16,6 @@ bool ObjectExistsAtPath(const std::string& path);
 /// On false `stamp` is untouched.
 bool GetModificationStamp(const std::string& path, std::uint64_t& stamp);
 
-/// Sets when the object's content last changed, as far as its file system is that exact.
-bool SetModificationStamp(const std::string& path, std::uint64_t stamp);
-
 /// Gives in `mode` the object's permission bits, the low 12 of its POSIX mode.
 /// On false `mode` is untouched.
 bool GetPermissionMode(const std::string& path, std::uint16_t& mode);

@@ -1,10 +1,11 @@
 #include "esd/xml/expat_dom_builder.h"
 
-#include <istream>
-#include <new>
-#include <utility>
+#include <sys/stat.h>
+#include <unistd.h>
 
-#include "esd/util/file_stream.h"
+#include <cerrno>
+#include <new>
+
 #include "esd/xml/xml_document_node.h"
 
 namespace esd {
@@ -14,15 +15,15 @@ constexpr int kBufferSize = 1024;
 
 }  // namespace
 
-// An exception must not unwind the parser's own frames: it waits until the parser has returned.
+// An exception must not unwind the parser's own frames.
 template <typename Node>
 template <typename Callback>
 void ExpatDOMBuilder<Node>::Guard(Callback callback) {
-  if (failure_) return;
+  if (callback_failed_) return;
   try {
     callback();
   } catch (...) {
-    failure_ = std::current_exception();
+    callback_failed_ = true;
     XML_StopParser(parser_, XML_FALSE);
   }
 }
@@ -39,7 +40,7 @@ void ExpatDOMBuilder<Node>::Clear() {
   while (!open_nodes_.empty()) open_nodes_.pop();  // assigning would need memory
   root_.reset();
   in_element_ = false;
-  failure_ = nullptr;
+  callback_failed_ = is_malformed_ = false;
 }
 
 template <typename Node>
@@ -65,22 +66,32 @@ bool ExpatDOMBuilder<Node>::Create(const char* encoding, const char* namespace_s
 
 template <typename Node>
 bool ExpatDOMBuilder<Node>::ParseFile(const std::string& path, bool result_if_unreadable) {
-  ESDifstream file(path, "rb");
-  std::istream& stream = *file.stream();
-  if (!file.stream()->is_open()) return result_if_unreadable;
-  stream.seekg(0, std::ios::end);
-  if (stream.fail() || stream.tellg() == std::istream::pos_type(0)) return result_if_unreadable;
-  stream.seekg(0);
-  bool well_formed = true;
-  while (stream.good() && well_formed) {
-    void* buffer = XML_GetBuffer(parser_, kBufferSize);
-    if (buffer == nullptr) return false;
-    stream.read(static_cast<char*>(buffer), kBufferSize);
-    const bool is_final = stream.fail();
-    well_formed = XML_ParseBuffer(parser_, static_cast<int>(stream.gcount()), is_final) != 0;
+  return ParseFile(platform::OpenRegularFile(path), result_if_unreadable);
+}
+
+template <typename Node>
+bool ExpatDOMBuilder<Node>::ParseFile(const platform::FileDescriptor& file,
+                                      bool result_if_unreadable) {
+  is_malformed_ = false;
+  struct stat status {};
+  if (!file || fstat(file.number(), &status) != 0 || status.st_size == 0) {
+    return result_if_unreadable;
   }
-  if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
-  return well_formed;
+  XML_Status parsed = XML_STATUS_OK;
+  bool is_final = false;
+  for (off_t at = 0; parsed == XML_STATUS_OK && !is_final;) {
+    void* const buffer = XML_GetBuffer(parser_, kBufferSize);
+    if (buffer == nullptr) return false;
+    const ssize_t size = pread(file.number(), buffer, kBufferSize, at);
+    if (size < 0 && errno == EINTR) continue;
+    if (size < 0) return false;
+    at += size;
+    is_final = size < kBufferSize;
+    parsed = XML_ParseBuffer(parser_, static_cast<int>(size), is_final);
+  }
+  if (parsed == XML_STATUS_OK) return true;
+  is_malformed_ = !callback_failed_ && XML_GetErrorCode(parser_) != XML_ERROR_NO_MEMORY;
+  return false;
 }
 
 template <typename Node>
@@ -101,7 +112,7 @@ void ExpatDOMBuilder<Node>::OnStartElement(void* self, const char* name, const c
 template <typename Node>
 void ExpatDOMBuilder<Node>::OnEndElement(void* self, const char* /*name*/) {
   auto* builder = static_cast<ExpatDOMBuilder*>(self);
-  if (builder->failure_) return;  // the element may not have been opened
+  if (builder->callback_failed_) return;  // the element may not have been opened
   builder->in_element_ = false;
   builder->open_nodes_.pop();
 }

@@ -4,10 +4,11 @@
 
 #include <expat.h>
 
-#include <exception>
 #include <memory>
 #include <stack>
 #include <string>
+
+#include "platform/file_descriptor.h"
 
 namespace esd {
 
@@ -29,9 +30,14 @@ class ExpatDOMBuilder {
   bool Create(const char* encoding, const char* namespace_separator);
 
   /// Reads the file `path` into the document that Create has made. A file that is missing, cannot
-  /// be read or is empty gives `result_if_unreadable` and leaves the document as it is. False for
-  /// text that is no well-formed XML: what was read up to the error stays in the document.
+  /// be opened or is empty gives `result_if_unreadable` and leaves the document as it is. False for
+  /// text that is no well-formed XML, and when reading or memory fails: what was read up to there
+  /// stays in the document.
   bool ParseFile(const std::string& path, bool result_if_unreadable);
+  /// The same for a file that is open, from its beginning.
+  bool ParseFile(const platform::FileDescriptor& file, bool result_if_unreadable);
+  /// Whether the last ParseFile was false because of the text, and not for another reason.
+  bool is_malformed() const { return is_malformed_; }
 
   /// The declaration node, owned by the builder; null without a document.
   Node* GetRoot() const { return root_.get(); }
@@ -48,7 +54,8 @@ class ExpatDOMBuilder {
   std::stack<Node*> open_nodes_;  ///< the root at the bottom, then the open elements
   bool in_element_ = false;       ///< from a start tag to the next end tag
   XML_Parser parser_ = nullptr;
-  std::exception_ptr failure_;  ///< of a callback
+  bool callback_failed_ = false;  ///< for want of memory
+  bool is_malformed_ = false;
 };
 
 }  // namespace esd

@@ -4,16 +4,83 @@
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
-namespace platform {
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <sstream>
+#include <vector>
 
-std::optional<std::uint64_t> ModificationTime(const std::string& path) {
+namespace platform {
+namespace {
+
+FileStamp Stamp(const struct stat& status) {
+  const timespec& time = status.st_mtim;
+  const std::uint64_t nanoseconds = time.tv_sec < 0
+                                        ? 0
+                                        : static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000U +
+                                              static_cast<std::uint64_t>(time.tv_nsec);
+  return {nanoseconds, static_cast<std::uint64_t>(status.st_dev), status.st_ino};
+}
+
+using Names = std::vector<std::string>;
+
+// The names of a file's extended attributes; none where its file system has no such thing.
+std::optional<Names> AttributeNames(int file) {
+  Names names;
+  const ssize_t room = flistxattr(file, nullptr, 0);
+  if (room < 0 && errno != ENOTSUP) return std::nullopt;
+  if (room <= 0) return names;
+  std::string list(static_cast<std::size_t>(room), '\0');
+  const ssize_t size = flistxattr(file, list.data(), list.size());
+  if (size < 0) return std::nullopt;
+  std::istringstream text(list.substr(0, static_cast<std::size_t>(size)));
+  for (std::string name; std::getline(text, name, '\0');) names.push_back(name);
+  return names;
+}
+
+std::optional<std::string> Attribute(int file, const std::string& name) {
+  std::string value(XATTR_SIZE_MAX, '\0');
+  const ssize_t size = fgetxattr(file, name.c_str(), value.data(), value.size());
+  if (size < 0) return std::nullopt;
+  value.resize(static_cast<std::size_t>(size));
+  return value;
+}
+
+// Whoever may not set an attribute may find it set already, by the rules of the file system.
+bool CopyAttribute(int from, int to, const std::string& name) {
+  const std::optional<std::string> value = Attribute(from, name);
+  return value && (Attribute(to, name) == value ||
+                   fsetxattr(to, name.c_str(), value->data(), value->size(), 0) == 0);
+}
+
+}  // namespace
+
+std::optional<FileStamp> StampOf(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) return std::nullopt;
-  if (status.st_mtim.tv_sec < 0) return 0;
-  return static_cast<std::uint64_t>(status.st_mtim.tv_sec) * 1'000'000'000U +
-         static_cast<std::uint64_t>(status.st_mtim.tv_nsec);
+  return Stamp(status);
+}
+
+std::optional<FileStamp> StampOf(int descriptor) {
+  struct stat status {};
+  if (fstat(descriptor, &status) != 0) return std::nullopt;
+  return Stamp(status);
+}
+
+// The ACL is an attribute, too: acl(5). A new file may have got one from its folder.
+bool CopyAclAndAttributes(int from, int to) {
+  const std::optional<Names> wanted = AttributeNames(from);
+  const std::optional<Names> present = AttributeNames(to);
+  if (!wanted || !present) return false;
+  for (const std::string& name : *present) {
+    const bool stays = std::count(wanted->begin(), wanted->end(), name) != 0;
+    if (!stays && fremovexattr(to, name.c_str()) != 0) return false;
+  }
+  return std::all_of(wanted->begin(), wanted->end(),
+                     [&](const std::string& name) { return CopyAttribute(from, to, name); });
 }
 
 // The immutable attribute of ioctl_iflags(2) is what a locked file is here; statx(2) tells it

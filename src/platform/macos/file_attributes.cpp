@@ -1,5 +1,6 @@
 #include "platform/file_attributes.h"
 
+#include <copyfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +10,15 @@ namespace {
 // What the system shows as "locked": chflags(2).
 constexpr std::uint32_t kLockedFlags = UF_IMMUTABLE | SF_IMMUTABLE;
 
+FileStamp Stamp(const struct stat& status) {
+  const timespec& time = status.st_mtimespec;
+  const std::uint64_t nanoseconds = time.tv_sec < 0
+                                        ? 0
+                                        : static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000U +
+                                              static_cast<std::uint64_t>(time.tv_nsec);
+  return {nanoseconds, static_cast<std::uint64_t>(status.st_dev), status.st_ino};
+}
+
 std::uint32_t Flags(const std::string& path) {
   struct stat status {};
   return lstat(path.c_str(), &status) == 0 ? status.st_flags : 0;
@@ -16,12 +26,20 @@ std::uint32_t Flags(const std::string& path) {
 
 }  // namespace
 
-std::optional<std::uint64_t> ModificationTime(const std::string& path) {
+std::optional<FileStamp> StampOf(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) return std::nullopt;
-  if (status.st_mtimespec.tv_sec < 0) return 0;
-  return static_cast<std::uint64_t>(status.st_mtimespec.tv_sec) * 1'000'000'000U +
-         static_cast<std::uint64_t>(status.st_mtimespec.tv_nsec);
+  return Stamp(status);
+}
+
+std::optional<FileStamp> StampOf(int descriptor) {
+  struct stat status {};
+  if (fstat(descriptor, &status) != 0) return std::nullopt;
+  return Stamp(status);
+}
+
+bool CopyAclAndAttributes(int from, int to) {
+  return fcopyfile(from, to, nullptr, COPYFILE_ACL | COPYFILE_XATTR) == 0;
 }
 
 bool IsLocked(const std::string& path) { return (Flags(path) & kLockedFlags) != 0; }

@@ -1,0 +1,31 @@
+#include "platform/file_descriptor.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace platform {
+
+void FileDescriptor::Close() {
+  if (number_ < 0) return;
+  const int error = errno;
+  close(std::exchange(number_, -1));
+  errno = error;
+}
+
+FileDescriptor OpenRegularFile(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return FileDescriptor();
+  const bool is_regular = S_ISREG(status.st_mode);
+  // What takes the file's place meanwhile must not be waited for.
+  FileDescriptor file(is_regular ? open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC) : -1);
+  if (is_regular && (!file || (fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode)))) {
+    return file;
+  }
+  errno = EISDIR;
+  return FileDescriptor();
+}
+
+}  // namespace platform
