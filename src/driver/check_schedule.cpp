@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <stdexcept>
 
+#include "esd/prefs/updater_prefs.h"
+
 namespace wakerly {
 namespace {
 
@@ -14,7 +16,6 @@ using boost::gregorian::days;
 
 constexpr int kDaily = 0;
 constexpr int kWeekly = 1;
-constexpr int kNever = 3;
 
 CheckSchedule Due(CheckReason reason) { return {.due = true, .reason = reason}; }
 CheckSchedule NotDue(CheckReason reason) { return {.due = false, .reason = reason}; }
@@ -60,7 +61,7 @@ CheckSchedule CompareDates(const date& last, int frequency, const date& today) {
             .due_from = today,
             .replaces_last_check = true};
   }
-  if (frequency == kNever) return NotDue(CheckReason::kNever);
+  if (frequency == esd::kCheckNever) return NotDue(CheckReason::kNever);
   const bool due = last <= LatestDueDate(today, frequency);
   CheckSchedule schedule = due ? Due(CheckReason::kElapsed) : NotDue(CheckReason::kNotElapsed);
   schedule.due_from = FirstDueDate(last, frequency);
@@ -73,7 +74,7 @@ CheckSchedule ScheduleCheck(const std::optional<std::string>& last_check,
                             std::optional<int> frequency, const std::optional<date>& today) {
   if (!last_check) return NotDue(CheckReason::kLastCheckUnreadable);
   if (last_check->empty()) return NotDue(CheckReason::kNeverRun);
-  if (frequency == kNever) return NotDue(CheckReason::kNever);
+  if (frequency == esd::kCheckNever) return NotDue(CheckReason::kNever);
   return ScheduleCheckByDate(last_check, frequency, today);
 }
 

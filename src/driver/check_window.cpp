@@ -15,8 +15,6 @@ namespace {
 using boost::gregorian::date;
 using esd::VantreUpdaterPrefs;
 
-constexpr int kLevel = 2;
-
 // None when the value cannot be read.
 template <typename T>
 std::optional<T> Read(esd::BasicPref<T>& pref) {
@@ -49,7 +47,8 @@ bool IsCheckDateDue(VantreUpdaterPrefs& prefs) {
   if (last_check) frequency = Read(prefs.GetUpdaterPrefSchedCheckFreqPref());
   const std::optional<date> today = Today();
   const CheckSchedule schedule = ScheduleCheckByDate(last_check, frequency, today);
-  if (schedule.invalid_time) esd::UpdaterLog(kLevel, "Invalid Time " + *schedule.invalid_time);
+  if (schedule.invalid_time)
+    esd::UpdaterLog(esd::kMessageLevel, "Invalid Time " + *schedule.invalid_time);
   if (schedule.replaces_last_check && !ReplaceLastCheck(prefs, *today)) return true;
   return schedule.due;
 }
@@ -65,18 +64,18 @@ bool IsWindowElapsed(VantreUpdaterPrefs& prefs) {
   switch (ScheduleCheck(last_check, frequency, Today()).reason) {
     case CheckReason::kLastCheckUnreadable:
     case CheckReason::kNeverRun:
-      esd::UpdaterLog(kLevel, "Updater has never been run on the machine.");
+      esd::UpdaterLog(esd::kMessageLevel, "Updater has never been run on the machine.");
       return false;
     case CheckReason::kNever:
-      esd::UpdaterLog(kLevel,
+      esd::UpdaterLog(esd::kMessageLevel,
                       "Scheduled check frequency has been set to never. No need to run updater.");
       return false;
     default:
       break;
   }
   const bool due = IsCheckDateDue(prefs);
-  esd::UpdaterLog(kLevel, due ? "Scheduled check window has elapsed "
-                              : "Scheduled check window has not yet elapsed ");
+  esd::UpdaterLog(esd::kMessageLevel, due ? "Scheduled check window has elapsed "
+                                          : "Scheduled check window has not yet elapsed ");
   return due;
 }
 

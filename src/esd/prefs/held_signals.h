@@ -1,12 +1,13 @@
-// Holding back the signals that end a session while something must not be left behind.
+// Holding back the signals that end a process while something must not be left behind.
 #ifndef ESD_PREFS_HELD_SIGNALS_H_
 #define ESD_PREFS_HELD_SIGNALS_H_
 
 namespace esd {
 
-/// Holds SIGTERM, SIGINT and SIGHUP back from the calling thread between Hold and Deliver, both
-/// called on the same thread. Those that came meanwhile are delivered when the thread's last holder
-/// calls Deliver; other signals are not touched.
+/// Holds back from the calling thread, between Hold and Deliver on that thread, the signals that
+/// end a process from outside: SIGTERM, SIGINT, SIGHUP and SIGQUIT; those of limits and timers:
+/// SIGXCPU, SIGXFSZ, SIGALRM, SIGVTALRM and SIGPROF; SIGUSR1 and SIGUSR2. Those that came meanwhile
+/// are delivered when the thread's last holder lets go. Others are not touched.
 class HeldSignals {
  public:
   HeldSignals() = default;

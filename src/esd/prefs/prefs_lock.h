@@ -13,7 +13,8 @@ class PrefsWriter;
 class PrefsLock {
  public:
   /// Tries once to take the lock of `prefs`, whose lock policy must outlive this object; held()
-  /// tells the outcome. What the update of the document throws comes out, with nothing taken.
+  /// tells the outcome. What the update of the document throws reaches the caller, with nothing
+  /// taken.
   explicit PrefsLock(PrefsWriter& prefs);
   ~PrefsLock();
   PrefsLock(const PrefsLock&) = delete;

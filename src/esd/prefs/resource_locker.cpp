@@ -21,7 +21,7 @@ class ResourceLocker::ResourceLockerPlat {
       : resource_(std::move(resource)), timeout_(timeout) {}
 
   virtual ~ResourceLockerPlat() {
-    if (IsLocked()) Remove();
+    if (IsLocked()) Remove(name_);
   }
   ResourceLockerPlat(const ResourceLockerPlat&) = delete;
   ResourceLockerPlat& operator=(const ResourceLockerPlat&) = delete;
@@ -30,11 +30,11 @@ class ResourceLocker::ResourceLockerPlat {
     constexpr int kAttempts = 100;
     constexpr useconds_t kPause = 10'000;
     if (IsLocked()) throw resource_lock_fail(resource_, "A resource is already being locked");
-    const std::string name = Name();
+    name_ = Name();
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
       // A signal between the two steps would end the process with the semaphore in place.
       signals_.Hold();
-      semaphore_ = sem_open(name.c_str(), O_CREAT | O_EXCL, 0700, 1);
+      semaphore_ = sem_open(name_.c_str(), O_CREAT | O_EXCL, 0700, 1);
       if (IsLocked()) return true;
       signals_.Deliver();
       usleep(kPause);
@@ -46,14 +46,14 @@ class ResourceLocker::ResourceLockerPlat {
     if (!IsLocked() && !force) {
       throw no_resource_lock("Resource unknown", "This object is not locking an item");
     }
-    return Remove();
+    return IsLocked() ? Remove(name_) : Remove(Name());
   }
 
   bool IsLocked() const { return semaphore_ != SEM_FAILED; }
 
  private:
-  bool Remove() {
-    const bool removed = sem_unlink(Name().c_str()) == 0;
+  bool Remove(const std::string& name) {
+    const bool removed = sem_unlink(name.c_str()) == 0;
     if (removed && IsLocked()) {
       sem_close(semaphore_);
       semaphore_ = SEM_FAILED;
@@ -70,6 +70,7 @@ class ResourceLocker::ResourceLockerPlat {
 
   sem_t* semaphore_ = SEM_FAILED;
   const std::string resource_;
+  std::string name_;  ///< of the semaphore that is held: letting go must not need memory
   [[maybe_unused]] const unsigned long timeout_;
   HeldSignals signals_;
 };

@@ -14,7 +14,7 @@
 namespace esd {
 
 /// Two objects on the same resource exclude each other, also within a process. One thread at a time
-/// uses an object. From a successful Lock to the next Unlock, SIGTERM, SIGINT and SIGHUP are held
+/// uses an object. From a successful Lock to the next Unlock, the signals of HeldSignals are held
 /// back from that thread.
 class ResourceLocker : public LockPolicyInterface {
  public:
