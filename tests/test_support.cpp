@@ -1,5 +1,6 @@
 #include "tests/test_support.h"
 
+#include <grp.h>
 #include <sys/ipc.h>
 #include <sys/sem.h>
 #include <sys/stat.h>
@@ -224,6 +225,14 @@ void WaitForAllChildren() {
     ADD_FAILURE() << DescribeStatus(child);
     kill(child, SIGKILL);
     waitpid(child, &status, 0);
+  }
+}
+
+void BecomeOrdinaryUser() {
+  if (geteuid() != 0) return;
+  const gid_t group = kOrdinaryUser;
+  if (setgroups(0, nullptr) != 0 || setgid(group) != 0 || setuid(kOrdinaryUser) != 0) {
+    throw std::system_error(errno, std::generic_category(), "becoming an ordinary user");
   }
 }
 

@@ -97,6 +97,11 @@ pid_t StartChild(const std::function<int()>& body);
 int WaitFor(pid_t child);
 /// The same for every child process that there is.
 void WaitForAllChildren();
+/// The user and group that root's tests act as where an ordinary user is needed.
+inline constexpr uid_t kOrdinaryUser = 65534;
+/// Makes a process of root one of kOrdinaryUser, without other groups, for good. For child
+/// processes.
+void BecomeOrdinaryUser();
 /// Runs `body` in a child process of its own; an expectation that fails there fails this test, too.
 void ExpectInChild(const std::function<void()>& body);
 
