@@ -59,6 +59,19 @@ TEST_F(PrefsFileTest, ChangedMeansNewerOrAnotherFile) {
   EXPECT_EQ(PrefsFile().Look(path), PrefsFile::State::kChanged) << "none is remembered";
 }
 
+// As a file system without a clock has it.
+TEST_F(PrefsFileTest, FileWithoutATimeAlwaysCountsAsChanged) {
+  fs::last_write_time(path, std::chrono::file_clock::from_sys(std::chrono::sys_seconds()));
+  EXPECT_EQ(Remembered().Look(path), PrefsFile::State::kChanged);
+}
+
+TEST_F(PrefsFileTest, WhatItHasReplacedItselfHasNotChanged) {
+  PrefsFile file = Remembered();
+  EXPECT_TRUE(file.Replace(path, Document(2)));
+  EXPECT_EQ(ReadFile(path), Document(2));
+  EXPECT_EQ(file.Look(path), PrefsFile::State::kSame);
+}
+
 TEST_F(PrefsFileTest, OnlyAMissingFileIsGone) {
   const PrefsFile file = Remembered();
   EXPECT_EQ(file.Look(folder / "none"), PrefsFile::State::kGone);
@@ -81,7 +94,11 @@ TEST_F(PrefsFileTest, DocumentStaysWhileItsFileCannotBeLookedAtAndWritesFail) {
     chmod(folder.c_str(), 0);
     EXPECT_EQ(Read(store), 2);
     EXPECT_FALSE(store.SetPref("A", 3));
+    // Within the same lock the document may be out of date.
+    EXPECT_TRUE(store.LockPrefs());
     chmod(folder.c_str(), 0700);
+    EXPECT_FALSE(store.SetPref("A", 3));
+    policy.Unlock(false);
     EXPECT_EQ(ReadFile(path), Document(2));
     EXPECT_TRUE(store.SetPref("A", 4));
     EXPECT_EQ(ReadFile(path), Document(4));
@@ -98,16 +115,23 @@ TEST_F(PrefsFileTest, StoreSeesAFileThatWasPutInThePlaceOfItsOwnWithAnOlderTime)
   EXPECT_EQ(Read(store), 2);
 }
 
-// The other file has no root of ours at first, and is older than the first one.
-TEST_F(PrefsFileTest, StoreForgetsTheTimeOfAnotherPath) {
+// A change that could not be saved stays in the document, and is no file that has gone.
+TEST_F(PrefsFileTest, StoreForgetsTheFileOfAnotherPath) {
   esd::PrefsWriter store(path, "Prefs");
+  store.SetPrefsPath(top / "no folder/other.dat");
+  EXPECT_FALSE(store.SetPref("A", 7));
   store.SetLockPolicy(&policy);
-  const fs::path other = folder / "other.dat";
-  WriteFile(other, "<Other/>");
-  store.SetPrefsPath(other);
-  WriteFile(other, Document(7));
-  fs::last_write_time(other, fs::last_write_time(path) - std::chrono::hours(1));
   EXPECT_EQ(Read(store), 7);
+}
+
+TEST_F(PrefsFileTest, SaveUnderALockRemovesWhatKilledSavesLeft) {
+  WriteFile(folder / ".prefs.dat.new-0123456789ab", "half");
+  esd::PrefsWriter store(path, "Prefs");
+  EXPECT_TRUE(store.Save());
+  EXPECT_TRUE(fs::exists(folder / ".prefs.dat.new-0123456789ab")) << "without a lock";
+  store.SetLockPolicy(&policy);
+  EXPECT_TRUE(store.Save());
+  EXPECT_EQ(test::Names(folder), test::Lines{"prefs.dat"});
 }
 
 TEST_F(PrefsFileTest, DeletingAllPreferencesSparesAFolderInTheFilesPlace) {

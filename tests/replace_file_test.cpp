@@ -1,5 +1,7 @@
 #include "esd/util/replace_file.h"
 
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -57,7 +59,17 @@ TEST_F(ReplaceFile, MakesAMissingFileWithTheRightsThatTheMaskLeaves) {
   EXPECT_EQ(Rights(folder / "missing"), "mode 0640" + own + std::to_string(getegid()));
 }
 
-TEST_F(ReplaceFile, KeepsRightsAndAttributes) {
+TEST_F(ReplaceFile, KeepsModeAndOwner) {
+  if (geteuid() == 0) {
+    ASSERT_EQ(chown(file.c_str(), test::kOrdinaryUser, 65533), 0);
+  }
+  ASSERT_EQ(chmod(file.c_str(), 0640), 0);
+  const std::string rights = Rights(file);
+  EXPECT_TRUE(Replace(file));
+  EXPECT_EQ(Rights(file), rights);
+}
+
+TEST_F(ReplaceFile, KeepsAccessControlListAndAttributes) {
   // An access control list that lets user 65532 read and write (acl(5), linux/posix_acl_xattr.h).
   const std::string list(
       "\2\0\0\0"
@@ -69,19 +81,13 @@ TEST_F(ReplaceFile, KeepsRightsAndAttributes) {
       44);
   const std::pair<const char*, std::string> attributes[] = {{"user.comment", "text\0more"},
                                                             {"system.posix_acl_access", list}};
-  if (geteuid() == 0) {
-    ASSERT_EQ(chown(file.c_str(), test::kOrdinaryUser, 65533), 0);
-  }
-  ASSERT_EQ(chmod(file.c_str(), 0640), 0);
   bool given[2] = {};
   for (int i = 0; i < 2; ++i) {
     const auto& [name, value] = attributes[i];
     given[i] = setxattr(file.c_str(), name, value.data(), value.size(), 0) == 0;
     ASSERT_TRUE(given[i] || errno == ENOTSUP) << name;
   }
-  const std::string rights = Rights(file);
   EXPECT_TRUE(Replace(file));
-  EXPECT_EQ(Rights(file), rights);
   for (int i = 0; i < 2; ++i) {
     const auto& [name, value] = attributes[i];
     std::string found(100, '\0');
@@ -129,28 +135,43 @@ TEST_F(ReplaceFile, RefusesWhatIsNoFileWithoutOpeningIt) {
   EXPECT_FALSE(Replace(top / "no folder/file"));
 }
 
-// Where no new file can be made or renamed, the old one is written over and cut.
-TEST_F(ReplaceFile, WritesOverWhereANewFileCannotTakeThePlace) {
-  const auto expect_written_over = [&](const char* why) {
+TEST_F(ReplaceFile, WritesOverAFileWithAnotherNameWhichStaysTheSameFile) {
+  fs::create_hard_link(file, top / "other name");
+  EXPECT_TRUE(Replace(file));
+  EXPECT_EQ(ReadFile(file), "new");
+  EXPECT_EQ(ReadFile(top / "other name"), "new");
+}
+
+TEST_F(ReplaceFile, WritesOverAFileThatOthersOwnOrWhoseFolderMayNotBeChanged) {
+  if (geteuid() != 0) return;  // an ordinary user cannot stage it
+  const std::pair<const char*, mode_t> cases[] = {
+      {"no right to make a file in the folder", 0755},
+      {"no right to rename over it, in a folder with the sticky bit, nor to give a file away",
+       01777}};
+  for (const auto& [why, folder_mode] : cases) {
     SCOPED_TRACE(why);
     WriteFile(file, "old text");
     chmod(file.c_str(), 0666);
+    chmod(folder.c_str(), folder_mode);
     const ino_t before = Inode(file);
     EXPECT_TRUE(ReplaceAsOrdinaryUser(file));
     EXPECT_EQ(ReadFile(file), "new");
     EXPECT_EQ(Inode(file), before);
-  };
-  fs::create_hard_link(file, top / "other name");
-  expect_written_over("another hard link");
-  EXPECT_EQ(ReadFile(top / "other name"), "new");
-  fs::remove(top / "other name");
-  if (geteuid() != 0) return;  // nobody else's files can be staged
-  chmod(folder.c_str(), 0755);
-  expect_written_over("no right to make a file in the folder");
-  chmod(folder.c_str(), 01777);
-  expect_written_over(
-      "no right to rename in a folder with the sticky bit, nor to give the file away");
-  EXPECT_EQ(test::Names(folder), test::Lines{"file"});
+    EXPECT_EQ(test::Names(folder), test::Lines{"file"});
+  }
+}
+
+// Nothing can be renamed over it.
+TEST_F(ReplaceFile, WritesOverAFileThatIsAMountPoint) {
+  test::ExpectInChild([&] {
+    const bool is_mounted = unshare(CLONE_NEWNS) == 0 &&
+                            mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                            mount(file.c_str(), file.c_str(), nullptr, MS_BIND, nullptr) == 0;
+    EXPECT_TRUE(is_mounted || errno == EPERM || errno == EACCES) << "mounting fails otherwise";
+    EXPECT_TRUE(Replace(file));
+    EXPECT_EQ(ReadFile(file), "new");
+    EXPECT_EQ(test::Names(folder), test::Lines{"file"});
+  });
 }
 
 TEST_F(ReplaceFile, LeavesAFileAloneThatMayNotBeWritten) {
@@ -173,7 +194,10 @@ TEST_F(ReplaceFile, LeavesFileAndTimeAsTheyWereOnAFullDisk) {
       const rlimit full = {10, 10};
       setrlimit(RLIMIT_FSIZE, &full);
       EXPECT_FALSE(esd::ReplaceFile(file, "a text of more than ten bytes", 0));
-      EXPECT_FALSE(esd::ReplaceFile(folder / "new", "a text of more than ten bytes", 0));
+      // A name of this length leaves no room for that of a new file beside it.
+      for (const std::string& name : {std::string("new"), std::string(250, 'n')}) {
+        EXPECT_FALSE(esd::ReplaceFile(folder / name, "a text of more than ten bytes", 0)) << name;
+      }
     });
     EXPECT_EQ(ReadFile(file), "old text");
     EXPECT_TRUE(fs::last_write_time(file) == before) << "the file's time has changed";
