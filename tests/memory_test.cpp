@@ -1,71 +1,65 @@
-// Loading and saving while memory runs out, at every allocation in turn. A program of its own,
-// since it replaces the allocation functions.
-
-#include <cstdlib>
-#include <new>
+// Loading and saving while memory runs out, at every allocation in turn.
 
 #include "esd/prefs/prefs_writer.h"
 #include "esd/prefs/resource_locker.h"
+#include "esd/prefs/updater_prefs.h"
+#include "tests/failing_allocations.h"
 #include "tests/test_support.h"
 
 namespace {
 
-long g_allocations_left = -1;  // negative for no end
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  if (g_allocations_left == 0) throw std::bad_alloc();
-  if (g_allocations_left > 0) --g_allocations_left;
-  if (void* const memory = std::malloc(size)) return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
-
-namespace {
+using test::Failing;
 
 std::string Document(const std::string& value) {
   return "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<Prefs>\n<Key>" + value +
          "</Key>\n<Other>some text that no string object has room for</Other>\n</Prefs>\n";
 }
 
-// Runs `body` with no more than `count` allocations. False when they did not suffice.
-bool WithAllocations(long count, const std::function<void()>& body) {
-  g_allocations_left = count;
-  try {
-    body();
-  } catch (const std::bad_alloc&) {
-    g_allocations_left = 0;
-  }
-  const bool sufficed = g_allocations_left > 0;
-  g_allocations_left = -1;
-  return sufficed;
+// The lock is taken by the load, as it is where a malformed file is removed.
+void LoadAndSave(const std::string& path) {
+  esd::ResourceLocker locker(path, 0);
+  esd::PrefsWriter store("", "Prefs");
+  store.SetLockPolicy(&locker);
+  store.SetPrefsPath(path);
+  store.SetPref("Key", 2);
 }
 
 using OutOfMemory = test::TreeTest;
 
-// The lock is taken by the load, as it is where a malformed file is removed.
 TEST_F(OutOfMemory, LeavesTheFileAsItWasOrAsItIsToBeAndNoLock) {
   const std::string path = top / "prefs.dat", before = Document("1"), after = Document("2");
-  long count = 0;
-  for (bool sufficed = false; !sufficed; ++count) {
-    ASSERT_LT(count, 10'000) << "allocations, and still not enough";
-    SCOPED_TRACE("with " + std::to_string(count) + " allocations");
-    test::WriteFile(path, before);
-    sufficed = WithAllocations(count, [&] {
-      esd::ResourceLocker locker(path, 0);
-      esd::PrefsWriter store("", "Prefs");
-      store.SetLockPolicy(&locker);
-      store.SetPrefsPath(path);
-      store.SetPref("Key", 2);
-    });
-    const std::string text = test::ReadFile(path);
-    EXPECT_TRUE(text == before || text == after) << "the file holds: " << text;
-    EXPECT_FALSE(esd::ResourceLocker(path, 0).Unlock(true)) << "a lock was left behind";
+  for (const Failing failing : {Failing::kOne, Failing::kOneAndAllThatFollow}) {
+    long count = 0;
+    for (bool sufficed = false; !sufficed; ++count) {
+      ASSERT_LT(count, 10'000) << "allocations, and still not enough";
+      SCOPED_TRACE((failing == Failing::kOne ? "one fails after " : "all fail after ") +
+                   std::to_string(count) + " allocations");
+      test::WriteFile(path, before);
+      sufficed = test::WithAllocations(count, failing, [&] { LoadAndSave(path); });
+      const std::string text = test::ReadFile(path);
+      EXPECT_TRUE(text == before || text == after) << "the file holds: " << text;
+      EXPECT_FALSE(esd::ResourceLocker(path, 0).Unlock(true)) << "a lock was left behind";
+    }
+    EXPECT_EQ(test::ReadFile(path), after) << "with memory enough";
+    EXPECT_GT(count, 20);
   }
-  EXPECT_EQ(test::ReadFile(path), after) << "with memory enough";
-  EXPECT_GT(count, 20);
+}
+
+TEST_F(OutOfMemory, TheUpdatersPreferencesAreNotWiped) {
+  const auto path =
+      home / "Library/Application Support/Vantre/OrlanUpdater/1.0" / "VantreUpdaterPrefs.dat";
+  const std::string text =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<Preferences>\n<LogLevel>4</LogLevel>\n"
+      "</Preferences>\n";
+  test::WriteFile(path, text);
+  const auto load = [] { esd::VantreUpdaterPrefs::GetInstance(false); };
+  int status = 1;
+  for (long count = 0; status == 1; ++count) {
+    status =
+        test::InChild([&] { return test::WithAllocations(count, Failing::kOne, load) ? 0 : 1; });
+    EXPECT_EQ(test::ReadFile(path), text) << "after " << count << " allocations one fails";
+  }
+  EXPECT_EQ(status, 0);
 }
 
 }  // namespace

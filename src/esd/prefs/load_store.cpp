@@ -1,5 +1,6 @@
 #include "esd/prefs/load_store.h"
 
+#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -14,6 +15,8 @@ bool TryLoad(PrefsWriter& store, const std::string& path, ReloadAfter reload_aft
     return true;
   } catch (const std::invalid_argument&) {
     return false;
+  } catch (const std::bad_alloc&) {
+    throw;  // says nothing of the file
   } catch (...) {
     if (reload_after != ReloadAfter::kAnyException) throw;
     return false;

@@ -10,8 +10,8 @@
 
 namespace esd {
 
-/// The exceptions of a load after which the file is removed and loaded once more. Any other, and
-/// one of the second load, reaches the caller.
+/// The exceptions of a load after which the file is removed and loaded once more. Any other, one of
+/// the second load, and in any case std::bad_alloc, reaches the caller.
 enum class ReloadAfter { kAnyException, kInvalidArgument };
 
 /// Points `store` at the file `path` and loads it, then makes a lock for the file and installs it
