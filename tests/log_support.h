@@ -1,3 +1,4 @@
+// Log targets to write with, and the logs that they leave.
 #ifndef TESTS_LOG_SUPPORT_H_
 #define TESTS_LOG_SUPPORT_H_
 
@@ -8,9 +9,23 @@
 
 namespace test {
 
+/// A target at its first level, without a file, and an empty log for it.
+struct LogTest : TreeTest {
+  LogTest() { MakeEmptyLog(log); }
+  const fs::path folder = top / "logs", log = folder / "own.log", user_logs = home / "Library/Logs";
+  welko::LogTargetDefault target{"T"};
+};
+
 inline void SetTimeZone(const std::string& zone) {
   setenv("TZ", zone.c_str(), 1);
   tzset();
+}
+
+/// Writes a property list with one string.
+inline void WritePropertyList(const fs::path& path, const std::string& key,
+                              const std::string& value) {
+  WriteFile(path,
+            "<plist><dict><key>" + key + "</key><string>" + value + "</string></dict></plist>");
 }
 
 inline bool OpenOn(welko::LogTargetDefault& target, const fs::path& log) {
@@ -27,11 +42,15 @@ inline void Write(welko::LogTargetDefault& target, const std::string& message, i
 inline Lines LinesAfterHeader(const fs::path& log) {
   Lines lines = ReadLog(log);
   lines.resize(std::max<std::size_t>(lines.size(), 6), "missing");
-  EXPECT_EQ(Messages({lines.begin(), lines.begin() + 6}), HeaderMessages()) << log;
+  EXPECT_EQ(Text(Messages({lines.begin(), lines.begin() + 6})), Text(HeaderMessages()))
+      << "which should be the header block of " << log;
   return {lines.begin() + 6, lines.end()};
 }
 
-inline Lines MessagesAfterHeader(const fs::path& log) { return Messages(LinesAfterHeader(log)); }
+/// The messages of those lines, one line each.
+inline std::string MessagesAfterHeader(const fs::path& log) {
+  return Text(Messages(LinesAfterHeader(log)));
+}
 
 }  // namespace test
 
