@@ -1,61 +1,112 @@
+#include <gmock/gmock.h>
+
+#include <functional>
 #include <sstream>
 
 #include "esd/xml/expat_dom_builder.h"
+#include "esd/xml/xml_search.h"
 #include "esd/xml/xml_writer.h"
 #include "tests/test_support.h"
 
 namespace {
 
+using Node = esd::XMLDocumentNode;
+using Named = esd::NodeName_t<std::string, std::equal_to<std::string>>;
+
 const std::string kHead = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n";
 
-struct XmlTest : test::TreeTest {
-  /// What a file that holds `text`, which is well-formed or not, is written as.
+struct XmlFile : test::TreeTest {
+  // What a file that holds `text`, which is well-formed or not, is written as.
   std::string Saved(const std::string& text, bool well_formed = true) {
     test::WriteFile(top / "file", text);
     EXPECT_TRUE(builder.Create(nullptr, nullptr));
-    EXPECT_EQ(builder.ParseFile(top / "file", !well_formed), well_formed) << text.substr(0, 99);
+    EXPECT_EQ(builder.ParseFile(top / "file", !well_formed), well_formed);
     std::ostringstream stream;
     esd::WriteXMLNode(stream, *builder.GetRoot());
     return stream.str();
   }
-  esd::ExpatDOMBuilder<esd::XMLDocumentNode> builder;
+  esd::ExpatDOMBuilder<Node> builder;
 };
 
-TEST_F(XmlTest, SavesWhatItLoadedAndTheSecondTimeTheSameBytes) {
-  constexpr const char* kCases[][2] = {
+TEST_F(XmlFile, IsSavedAsItWasLoadedAndTheSecondTimeWithTheSameBytes) {
+  constexpr const char* kRows[][2] = {
       {"\xEF\xBB\xBF\r\n<a>\r\n</a>", "<a>\n</a>"},
       {"<a>\n<b> x <c/> y </b> z <b/>\n</a>", "<a>\n<b> x <c></c>\n</b>\n<b></b>\n</a>"},
       {"<a><![CDATA[<&>]]>'&#34;&amp;lt;</a>", "<a>&lt;&amp;&gt;&apos;&quot;&amp;lt;</a>"},
       {"<a version='' B = \"'\" a='&#xE9;' />", "<a B=\"'\" a=\"\xC3\xA9\" version=\"\"></a>"},
       {"<!DOCTYPE a [<!ENTITY e 'v'>]><!--c--><a><?p i?>x<!--c-->y&e;</a><!--d-->", "<a>xyv</a>"},
       {"<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE9</a>", "<a>\xC3\xA9</a>"}};
-  for (const auto& [text, saved] : kCases) {
-    EXPECT_EQ(Saved(text), kHead + saved + "\n");
-    EXPECT_EQ(Saved(kHead + saved + "\n"), kHead + saved + "\n");
+  for (const auto& [text, saved] : kRows) {
+    EXPECT_EQ(Saved(text), kHead + saved + "\n") << "from " << text;
+    EXPECT_EQ(Saved(kHead + saved + "\n"), kHead + saved + "\n") << "the second time";
   }
-  for (const std::size_t size :
-       {1024U, 1029U, 2048U}) {  // 1029: the end of a read cuts a character
-    const std::string text = "<a>" + std::string(size - 9, 'x') + "\xC3\xA9</a>";
-    EXPECT_EQ(Saved(text), kHead + text + "\n");
-  }
-  EXPECT_EQ(Saved("<?xml version='1.1'?><a/>").substr(0, 19), "<?xml version=\"1.1\"");
-  EXPECT_EQ(Saved("<a k='&lt;&quot;&amp;'/>"), kHead + "<a k=\"<\"&\"></a>\n");  // not escaped
 }
 
-TEST_F(XmlTest, KeepsWhatStoodBeforeAnError) {
-  constexpr const char* kCases[][2] = {
+TEST_F(XmlFile, IsReadWholeWhereItsSizeMeetsTheBuffer) {
+  // With 1029 bytes the end of a read cuts a character.
+  for (const std::size_t size : {1024U, 1029U, 2048U}) {
+    const std::string text = "<a>" + std::string(size - 9, 'x') + "\xC3\xA9</a>";
+    EXPECT_EQ(Saved(text), kHead + text + "\n") << size << " bytes";
+  }
+}
+
+TEST_F(XmlFile, KeepsItsVersionAndDoesNotEscapeAttributes) {
+  EXPECT_EQ(Saved("<?xml version='1.1'?><a k='&lt;&quot;&amp;'/>"),
+            "<?xml version=\"1.1\" encoding=\"UTF-8\" ?>\n<a k=\"<\"&\"></a>\n");
+}
+
+TEST_F(XmlFile, KeepsWhatStoodBeforeAnError) {
+  constexpr const char* kRows[][2] = {
       {"<a k='1'>x<b>y</b>z<c>v", "<a k=\"1\">x<b>y</b>\n<c>v</c>\n</a>\n"},
       {"<a>x&e;</a>", "<a>x</a>\n"},
       {"<a k='1' k='2'/>", ""}};
-  for (const auto& [text, kept] : kCases) EXPECT_EQ(Saved(text, false), kHead + kept);
+  for (const auto& [text, kept] : kRows) EXPECT_EQ(Saved(text, false), kHead + kept) << text;
 }
 
-TEST_F(XmlTest, ADeepDocumentIsReadWrittenAndDestroyed) {
+TEST_F(XmlFile, MayBeDeep) {
   std::string text = kHead;
   for (int i = 1; i < 200'000; ++i) text += "<a>\n";
   text += "<a></a>\n";
   for (int i = 1; i < 200'000; ++i) text += "</a>\n";
-  EXPECT_TRUE(Saved(text) == text);
+  EXPECT_TRUE(Saved(text) == text) << "a document of 200,000 levels is saved with other bytes";
+}
+
+TEST_F(XmlFile, IsFlushedAfterEachLine) {
+  struct Buffer : std::stringbuf {
+    int sync() override { return at_flushes.push_back(str()), 0; }
+    test::Lines at_flushes;
+  } buffer;
+  std::ostream stream(&buffer);
+  Saved("<a><b/></a>");
+  esd::WriteXMLNode(stream, *builder.GetRoot());
+  EXPECT_THAT(buffer.at_flushes,
+              testing::ElementsAre(kHead, kHead + "<a>\n", kHead + "<a>\n<b></b>\n",
+                                   kHead + "<a>\n<b></b>\n</a>\n"));
+}
+
+TEST(XmlNode, TakesNoNullAndRemovesItsOwnChildrenAlone) {
+  Node root("root"), other("other");
+  root.AddChild(new Node("first"));
+  root.AddChild(nullptr);
+  root.AddChild(new Node("second"));
+  ASSERT_EQ(root.children().size(), 2U);
+  EXPECT_FALSE(root.RemoveChild(&other));
+  EXPECT_TRUE(root.RemoveChild(root.children().front().get()));
+  EXPECT_EQ(root.children().front()->GetName(), "second");
+}
+
+TEST_F(XmlFile, IsSearchedLevelByLevelInItsOrderForExactNames) {
+  Saved("<r><p><x>1</x><X/><p><x>deeper</x></p></p><q/><p><x>2</x><xx/><x>3</x></p></r>");
+  const auto find_x = [](const Node* node) {
+    return node->GetData() == "2" ? throw std::bad_cast() : Named("x")(node);
+  };
+  test::Lines texts;
+  const auto found = esd::SearchResult(builder.GetRoot())
+                         .Children(Named("r"))
+                         .Children(Named("p"))
+                         .Children(find_x);
+  for (const Node* node : found.nodes()) texts.push_back(node->GetData());
+  EXPECT_EQ(test::Text(texts), "1\n3\n") << "2 cannot be told and is passed over";
 }
 
 }  // namespace
