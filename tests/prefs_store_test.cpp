@@ -54,7 +54,7 @@ struct PrefsStore : test::TreeTest {
     for (const auto& [name, has_lock, caller] : {std::tuple("without a lock", false, false),
                                                  {"with a free lock", true, false},
                                                  {"under the caller's lock", true, true}}) {
-      SCOPED_TRACE(std::string(name) + ", from " + text.c_str());
+      SCOPED_TRACE(std::string(name) + ", from " + text.substr(0, text.find('\0')));
       WriteFile(path, text);
       Policy lock;
       if (caller) lock.Lock();
@@ -118,12 +118,12 @@ TEST_F(PrefsStore, HandsOutItsNodesAndPutsANewOneAtTheEnd) {
 TEST_F(PrefsStore, IsEmptyWithoutARootOfItsOwnAndTheFirstWriteMakesTheWholeFile) {
   const std::pair<std::string, std::string> rows[] = {
       {"", one}, {"<Other/>", kHead + "<Other></Other>\n<Prefs>\n<A>1</A>\n</Prefs>\n"}};
-  for (const auto& [before, after] : rows) {
-    ForEachLock(before, [&](Store& store, Policy&, bool, bool) {
+  for (const auto& row : rows) {
+    ForEachLock(row.first, [&](Store& store, Policy&, bool, bool) {
       EXPECT_EQ(store.Read("A"), kDefault);
-      EXPECT_EQ(ReadFile(path), before);
+      EXPECT_EQ(ReadFile(path), row.first);
       EXPECT_TRUE(store.SetPref("A", 1));
-      EXPECT_EQ(ReadFile(path), after);
+      EXPECT_EQ(ReadFile(path), row.second);
     });
   }
 }
@@ -151,6 +151,10 @@ TEST_F(PrefsStore, FollowsWhatAnotherProcessMakesOfTheFile) {
   EXPECT_EQ(ReadFile(path), malformed);
   SaveElsewhere(Document("<A>2</A>"));
   EXPECT_EQ(store.Read("A"), "2") << "from a good file";
+  WriteFile(top / "older", Document("<A>5</A>"));
+  fs::last_write_time(top / "older", fs::last_write_time(path) - std::chrono::hours(1));
+  fs::rename(top / "older", path);
+  EXPECT_EQ(store.Read("A"), "5") << "from an older file in its place";
   fs::remove(path);
   EXPECT_EQ(store.Read("A"), kDefault) << "without a file";
 }

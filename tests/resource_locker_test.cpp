@@ -1,6 +1,7 @@
 #include "esd/prefs/resource_locker.h"
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -80,10 +81,13 @@ TEST_F(ResourceLock, CanBeTakenAwayFromItsHolder) {
   EXPECT_TRUE(other.Lock());
 }
 
-TEST_F(ResourceLock, HoldsBackTheSignalsThatEndASessionUntilTheLastOneIsGivenBack) {
-  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+TEST_F(ResourceLock, HoldsBackWhatEndsAProcessUntilTheLastOneIsGivenBack) {
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGXCPU, SIGXFSZ, SIGALRM, SIGVTALRM,
+                           SIGPROF, SIGUSR1, SIGUSR2}) {
     SCOPED_TRACE(strsignal(signal));
     const auto body = [&] {
+      const rlimit no_core = {0, 0};
+      setrlimit(RLIMIT_CORE, &no_core);
       ResourceLocker second(path + "x", 3000);
       if (!lock.Lock() || !second.Lock()) return 1;
       raise(signal);

@@ -77,21 +77,27 @@ TEST_F(UpdaterPrefs, AreListedInTheirDocumentWithTypeAndDefault) {
 }
 
 TEST_F(UpdaterPrefs, ReplaceAFileWithoutAByteAndLeaveAMalformedOneAlone) {
-  const std::tuple<const char*, bool, std::string> rows[] = {
-      {"", true, test::PrefsText({{"LogLevel", "3"}})},  // as a killed program may leave it
-      // The first load takes no lock. With one it would remove the file.
-      {"<Preferences><LogLevel>4", false, "<Preferences><LogLevel>4"}};
-  for (const auto& [before, can_set, after] : rows) {
-    SCOPED_TRACE("from \"" + std::string(before) + '"');
-    WriteFile(prefs, before);
+  const struct {
+    const char* before;
+    bool can_set;
+    std::string after;
+  } rows[] = {{"", true,
+               test::PrefsText(
+                   {{"LogLevel",
+                     "3"}})},  // as a killed program may leave it
+                               // The first load takes no lock. With one it would remove the file.
+              {"<Preferences><LogLevel>4", false, "<Preferences><LogLevel>4"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE("from \"" + std::string(row.before) + '"');
+    WriteFile(prefs, row.before);
     test::ExpectInChild([&] {
       auto& pref = VantreUpdaterPrefs::GetInstance(false).GetLogLevelPref();
       int level = 0;
       EXPECT_TRUE(pref.Get(level));
       EXPECT_EQ(level, 2);
-      EXPECT_EQ(pref.Set(3), can_set);
+      EXPECT_EQ(pref.Set(3), row.can_set);
     });
-    EXPECT_EQ(ReadFile(prefs), after);
+    EXPECT_EQ(ReadFile(prefs), row.after);
   }
 }
 
