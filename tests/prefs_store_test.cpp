@@ -159,7 +159,10 @@ TEST_F(PrefsStore, FollowsWhatAnotherProcessMakesOfTheFile) {
   EXPECT_EQ(store.Read("A"), kDefault) << "without a file";
 }
 
+// A file with two names is written over, so that nothing but its time tells of a save.
 TEST_F(PrefsStore, SeesEverySaveInTheSameClockTickAndUnderATimeInTheFuture) {
+  WriteFile(path, one);
+  fs::create_hard_link(path, top / "second name");
   for (const std::chrono::hours ahead : {std::chrono::hours(0), std::chrono::hours(1)}) {
     WriteFile(path, one);
     fs::last_write_time(path, fs::last_write_time(path) + ahead);
