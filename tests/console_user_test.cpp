@@ -1,81 +1,179 @@
+// The user who sits at the machine's screen, what is looked up and made as that user, and home
+// folders.
+
 #include "platform/console_user.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/folders.h"
+#include "tests/system_stand_in.h"
 #include "tests/test_support.h"
 #include "welko/folder_path.h"
 #include "welko/library_logs.h"
 
-namespace platform {
-
-// What the system answers in these tests, and who asked it.
-struct {
-  std::optional<ConsoleUser> console;
-  bool throws;
-  std::vector<uid_t> asked_as;
-} g_system;
-
-std::optional<ConsoleUser> FindConsoleUser() { return g_system.console; }
-std::string HomeFolder() {
-  g_system.asked_as.push_back(geteuid());
-  if (g_system.throws) throw 1;
-  return getenv("HOME");
-}
-std::optional<std::string> FindFolder(FolderDomain, FolderType, bool, std::size_t) {
-  return HomeFolder();
-}
-
-}  // namespace platform
-
+namespace test {
 namespace {
 
-using platform::g_system;
-constexpr unsigned kLogs = ~0U;  // stands for the logs folder among the ids
+const std::string kNotFound = "not found";
 
-std::string Path(unsigned id) {
-  std::string out;
-  if (id == kLogs) return welko::GetConsoleUserLogsFolder().value_or("none");
-  return welko::GetFolderPath(id, out) ? out : "none";
+std::string ById(unsigned id) {
+  std::string path = "before";
+  return welko::GetFolderPath(id, path) ? path : kNotFound;
 }
 
-struct ConsoleUserTest : test::TreeTest {
+std::string LogsFolder() { return welko::GetConsoleUserLogsFolder().value_or(kNotFound); }
+
+// Somebody sits at the screen whose home nobody else may enter.
+class ConsoleUserTest : public TreeTest {
+ protected:
   ConsoleUserTest() {
-    EXPECT_EQ(chmod(top.c_str(), 0755) + chmod(home.c_str(), 0700), 0);
-    EXPECT_EQ(chown(home.c_str(), other, gid_t(-1)), 0);
+    fs::create_directories(user_home);
+    fs::permissions(top, fs::perms(0755));
+    fs::permissions(user_home, fs::perms(0700));
+    EXPECT_EQ(chown(user_home.c_str(), user, gid_t(-1)), 0);
+    System() = {.has_seat = true, .active_user = user, .users = {{user, {group, user_home}}}};
   }
-  ~ConsoleUserTest() override { EXPECT_EQ(seteuid(own), 0); }
-  const uid_t own = geteuid(), other = own == 0 ? 65534 : own;  // only root can act as another
-  const test::fs::path logs = home / "Library/Logs";
+  ~ConsoleUserTest() override { System() = {}; }
+
+  // Rights of a folder that `owner` has made for itself.
+  static std::string PrivateOf(uid_t owner) {
+    return "mode 0700, owner " + std::to_string(owner) + ", group " + std::to_string(getegid());
+  }
+
+  // Only root can act as another. Who is not root sits at the screen itself.
+  const uid_t own = geteuid();
+  const uid_t user = own == 0 ? 65534 : own;
+  const gid_t group = 4711;
+  const fs::path user_home = own == 0 ? top / "user" : home;
 };
 
-TEST_F(ConsoleUserTest, LooksUpTheUsersPrivateFoldersElseItsOwnAndGivesTheUserBackInAnyCase) {
-  const std::tuple<unsigned, test::fs::path, uid_t> cases[] = {
-      {10, home, other}, {32, logs, other}, {kLogs, logs, own}};
-  for (const auto& [id, path, owner] : cases) {
-    test::fs::remove_all(home / "Library");
-    g_system = {platform::ConsoleUser{other, other}, false, {}};
-    EXPECT_EQ(Path(id), path);
-    struct stat status {};
-    stat(path.c_str(), &status);
-    EXPECT_EQ(std::pair(status.st_uid, status.st_mode), std::pair(owner, S_IFDIR | 0700U)) << id;
-    g_system.throws = true;
-    EXPECT_ANY_THROW(Path(id));
-    EXPECT_EQ(geteuid(), own) << id;
-    g_system.console.reset();
-    EXPECT_ANY_THROW(Path(id));
-    EXPECT_EQ(g_system.asked_as, (std::vector{other, other, own})) << id;
+TEST_F(ConsoleUserTest, IsTheActiveUserOfTheFirstSeat) {
+  const struct {
+    const char* name;
+    bool has_seat;
+    std::optional<uid_t> active_user;
+    std::string found;
+  } rows[] = {
+      {"somebody sits there", true, 815, "user 815, group 4711"},
+      {"no seat", false, 815, "nobody"},
+      {"nobody sits there", true, {}, "nobody"},
+      {"a user without an entry", true, 816, "nobody"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    System() = {.has_seat = row.has_seat,
+                .active_user = row.active_user,
+                .users = {{815, {group, "/home"}}}};
+    const std::optional<platform::ConsoleUser> found = platform::FindConsoleUser();
+    EXPECT_EQ(found ? "user " + std::to_string(found->uid) + ", group " + std::to_string(found->gid)
+                    : "nobody",
+              row.found);
   }
 }
 
-TEST_F(ConsoleUserTest, RefusedSwitchFailsTheLogsFolderButNoLookUp) {
-  g_system = {platform::ConsoleUser{0, 0}, false, {}};
-  const auto differs = [&](unsigned id, const std::string& path) {
-    return test::InChild([&] { return setuid(other) != 0 || Path(id) != path ? 1 : 0; });
+TEST_F(ConsoleUserTest, HasItsFoldersFoundAndMadeAsItself) {
+  const struct {
+    unsigned id;
+    const char* made;
+    const char* path;
+  } rows[] = {
+      {10, "Documents", "Documents"},
+      {12, "Library/Application Support", "Library/Application Support"},
+      {19, "Library/Application Support", "Library/Application Support/Vantre"},
+      {22, "Library/Application Support", "Library/Application Support/Vantre/Welko"},
+      {26, "Library/Application Support", "Library/Application Support/Vantre/Welko/Tarnik"},
+      {32, "Library/Logs", "Library/Logs"},
   };
-  EXPECT_EQ(differs(kLogs, "none"), 0);
-  EXPECT_EQ(differs(10, home), 0);
+  umask(077);
+  for (const auto& row : rows) {
+    SCOPED_TRACE("folder id " + std::to_string(row.id));
+    fs::remove_all(user_home / "Library");
+    EXPECT_EQ(ById(row.id), user_home / row.path);
+    EXPECT_EQ(Rights(user_home / row.made), PrivateOf(user));
+    EXPECT_EQ(geteuid(), own) << "the effective user is not given back";
+  }
+}
+
+TEST_F(ConsoleUserTest, HasALogsFolderThatBelongsToWhoeverMadeIt) {
+  EXPECT_EQ(LogsFolder(), user_home / "Library/Logs");
+  EXPECT_EQ(Rights(user_home / "Library"), PrivateOf(own));
+  EXPECT_EQ(Rights(user_home / "Library/Logs"), PrivateOf(own));
+}
+
+TEST_F(ConsoleUserTest, LeavesTheHomeFolderThatOfTheProcess) { EXPECT_EQ(ById(9), home); }
+
+TEST_F(ConsoleUserTest, IsNoLongerActedAsWhenALookUpThrows) {
+  unsetenv("HOME");
+  const struct {
+    const char* name;
+    std::string (*look_up)();
+  } rows[] = {
+      {"documents", [] { return ById(10); }},
+      {"logs by id", [] { return ById(32); }},
+      {"logs", LogsFolder},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    System().looked_up_as.clear();
+    System().throwing_look_up = 2;  // the first is for the console user's group
+    EXPECT_THROW(row.look_up(), std::runtime_error);
+    EXPECT_EQ(System().looked_up_as, (std::vector{own, user}));
+    EXPECT_EQ(geteuid(), own) << "the effective user is not given back";
+  }
+}
+
+class RefusedSwitchTest : public ConsoleUserTest {
+ protected:
+  // Runs `body` as an ordinary user, while root sits at the screen.
+  void AsOrdinaryUser(const std::function<void()>& body) {
+    setenv("HOME", user_home.c_str(), 1);
+    System() = {.has_seat = true, .active_user = 0, .users = {{0, {0, home}}}};
+    ExpectInChild([&] {
+      ASSERT_EQ(setuid(user), 0);
+      body();
+    });
+  }
+};
+
+TEST_F(RefusedSwitchTest, LeavesNoLogsFolder) {
+  AsOrdinaryUser([] { EXPECT_EQ(LogsFolder(), kNotFound); });
+}
+
+TEST_F(RefusedSwitchTest, GivesTheUsersOwnFolders) {
+  AsOrdinaryUser([this] {
+    EXPECT_EQ(ById(10), user_home / "Documents");
+    EXPECT_EQ(ById(32), user_home / "Library/Logs");
+  });
+}
+
+class HomeFolderTest : public ConsoleUserTest {
+ protected:
+  HomeFolderTest() { System() = {.users = {{own, {0, "/own entry"}}, {user, {0, user_home}}}}; }
+};
+
+TEST_F(HomeFolderTest, IsNotTheEnvironmentsWhenActingAsAnother) {
+  ASSERT_EQ(seteuid(user), 0);
+  EXPECT_EQ(platform::HomeFolder(), user_home);
+}
+
+TEST_F(HomeFolderTest, IsTheEntrysWithoutTheEnvironment) {
+  System().users[own].home = "/own entry";
+  for (const bool empty : {false, true}) {
+    SCOPED_TRACE(empty ? "HOME is empty" : "HOME is not set");
+    empty ? setenv("HOME", "", 1) : unsetenv("HOME");
+    EXPECT_EQ(platform::HomeFolder(), "/own entry");
+  }
+}
+
+TEST_F(HomeFolderTest, IsEmptyAndHoldsNothingForAUserWithoutAnEntry) {
+  unsetenv("HOME");
+  System().users.clear();
+  EXPECT_EQ(ById(9), "");
+  EXPECT_EQ(ById(10), "before");
+  EXPECT_EQ(ById(19), "before/Vantre");
+  EXPECT_EQ(ById(32), kNotFound);
+  EXPECT_EQ(LogsFolder(), kNotFound);
 }
 
 }  // namespace
+}  // namespace test

@@ -1,60 +1,162 @@
+#include "esd/util/delete_path.h"
+
+#include <fcntl.h>
 #include <grp.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "esd/util/delete_path.h"
+#include "esd/util/file_info.h"
+#include "tests/system_stand_in.h"
 #include "tests/test_support.h"
 
+namespace test {
 namespace {
 
-namespace fs = test::fs;
-// An ordinary user with its group, another group of that user, and one it is no member of.
-constexpr unsigned kOther = 65534, kSupplement = 65533, kForeign = 65532;
-
-// False where the user or the file system does not allow it.
-bool ChangeLock(const char* change, const fs::path& path) {
-  return system(("chattr " + (change + (" '" + path.string()) + "' 2>/dev/null")).c_str()) == 0;
-}
-
-struct DeletePath : test::TreeTest {
-  DeletePath() {
-    test::WriteFile(file, "");
-    EXPECT_EQ(chmod(top.c_str(), 0755) + chmod(work.c_str(), 0777), 0);
+class DeletePathTest : public TreeTest {
+ protected:
+  DeletePathTest() {
+    WriteFile(file, "");
+    fs::permissions(top, fs::perms(0755));
+    fs::permissions(work, fs::perms(0777));
   }
-  ~DeletePath() override { ChangeLock("-R -i", work); }
+  ~DeletePathTest() override {
+    System() = {};
+    std::error_code ignored;
+    for (fs::recursive_directory_iterator entry(work, ignored), end; entry != end;
+         entry.increment(ignored)) {
+      if (entry->is_regular_file(ignored)) SetLocked(entry->path(), false);
+    }
+  }
+
+  // Sets or clears a file's locked flag. False where the user or the file system does not allow it.
+  static bool SetLocked(const fs::path& path, bool locked) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    int flags = locked ? FS_IMMUTABLE_FL : 0;
+    const bool set = ioctl(descriptor, FS_IOC_SETFLAGS, &flags) == 0;
+    close(descriptor);
+    return set;
+  }
 
   const fs::path work = top / "work", file = work / "file";
 };
 
-TEST_F(DeletePath, TakesATreeWithAllItHoldsButNotWhatLinksPointToNorASingleLockedFile) {
-  for (const char* path : {"tree/a/file", "tree/locked"}) test::WriteFile(work / path, "");
-  for (const char* link : {"tree/link", "link", "two"}) fs::create_symlink(home, work / link);
-  test::WriteFile(home / "kept", "");
-  ChangeLock("+i", work / "tree/locked");
-  const bool locked = ChangeLock("+i", file);
-  for (auto name : {"tree", "link", "two/", "x"}) EXPECT_TRUE(esd::DeletePath(work / name));
-  EXPECT_EQ(esd::DeletePath(file), !locked);
-  EXPECT_EQ(test::Names(work).size(), locked ? 1U : 0U);
+TEST_F(DeletePathTest, RemovesWhateverStandsThereAndNotWhatALinkPointsTo) {
+  WriteFile(home / "kept", "");
+  WriteFile(work / "tree/folder/file", "");
+  fs::create_symlink(home, work / "tree/link");
+  fs::create_symlink(home, work / "link");
+  fs::create_symlink(home, work / "another link");
+  ASSERT_EQ(mkfifo((work / "fifo").c_str(), 0666), 0);
+  for (const char* name : {"file", "tree", "link", "another link/", "fifo"}) {
+    SCOPED_TRACE(name);
+    EXPECT_TRUE(esd::DeletePath(work / name));
+  }
+  EXPECT_EQ(Text(Names(work)), "");
   EXPECT_TRUE(fs::exists(home / "kept"));
 }
 
-TEST_F(DeletePath, FailsWhereAnOrdinaryUserMayNotWrite) {
-  const auto delete_as_other = [this]() -> int {
-    if (geteuid() == 0 && setgroups(1, &kSupplement) + setgid(kOther) + setuid(kOther)) return 99;
-    return esd::DeletePath(file);
+TEST_F(DeletePathTest, IsDoneWhereNothingStands) {
+  EXPECT_TRUE(esd::DeletePath(work / "nothing"));
+  EXPECT_TRUE(esd::DeletePath(file / "below a file"));
+  EXPECT_TRUE(esd::DeletePath(""));
+}
+
+// Such a link does not exist for whoever asks, but stands there all the same.
+TEST_F(DeletePathTest, RemovesALinkToNothing) {
+  const fs::path link = work / "link";
+  fs::create_symlink(top / "nothing", link);
+  EXPECT_FALSE(esd::ObjectExistsAtPath(link));
+  EXPECT_TRUE(esd::DeletePath(link));
+  EXPECT_FALSE(fs::is_symlink(link));
+}
+
+TEST_F(DeletePathTest, RemovesLockedFilesWithTheirTreeAndNotAlone) {
+  WriteFile(work / "tree/locked", "");
+  SetLocked(work / "tree/locked", true);
+  const bool locked = SetLocked(file, true);
+  EXPECT_TRUE(esd::DeletePath(work / "tree"));
+  EXPECT_EQ(esd::DeletePath(file), !locked);
+  EXPECT_EQ(Text(Names(work)), locked ? "file\n" : "");
+}
+
+TEST_F(DeletePathTest, LeavesAFileOnALockedVolumeAlone) {
+  const fs::path volume = work / "volume";
+  WriteFile(volume / "file", "");
+  fs::create_symlink(file, volume / "link to a free file");
+  fs::create_symlink(volume / "file", work / "link to a locked file");
+  System() = {.locked_volume = fs::canonical(volume)};
+  const struct {
+    const char* path;
+    bool removed;
+  } rows[] = {
+      {"volume/file", false},
+      {"volume/link to a free file", false},
+      {"link to a locked file", true},
+      {"file", true},
   };
-  constexpr unsigned kCases[][4] = {{kOther, kOther, 0466, 0},
-                                    {0, kOther, 0060, 1},
-                                    {0, kSupplement, 0406, 0},
-                                    {0, kForeign, 0400, 1}};
-  for (const auto& [owner, group, mode, deleted] : kCases) {
-    test::WriteFile(file, "");
-    chmod(file.c_str(), mode);
-    // An ordinary user has no files but its own.
-    if (chown(file.c_str(), owner, group) != 0 && owner != kOther) continue;
-    EXPECT_EQ(test::InChild(delete_as_other), deleted) << std::oct << mode;
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.path);
+    EXPECT_EQ(esd::DeletePath(work / row.path), row.removed);
+    EXPECT_EQ(fs::exists(fs::symlink_status(work / row.path)), !row.removed);
+  }
+}
+
+// A tree that cannot go whole keeps what cannot be removed, and nothing else.
+TEST_F(DeletePathTest, FailsForATreeOfWhichSomethingStays) {
+  WriteFile(work / "tree/closed/file", "");
+  WriteFile(work / "tree/open/file", "");
+  for (const char* folder : {"tree", "tree/open"}) fs::permissions(work / folder, fs::perms(0777));
+  fs::permissions(work / "tree/closed", fs::perms(0555));
+  ExpectInChild([this] {
+    ASSERT_EQ(setuid(geteuid() == 0 ? 65534 : geteuid()), 0);
+    EXPECT_FALSE(esd::DeletePath(work / "tree"));
+  });
+  EXPECT_EQ(Text(Names(work / "tree")), "closed\n");
+  EXPECT_EQ(Text(Names(work / "tree/closed")), "file\n");
+  fs::permissions(work / "tree/closed", fs::perms(0755));
+}
+
+// What counts is the mode of the file, not that of its folder.
+TEST_F(DeletePathTest, LeavesAFileAloneThatAnOrdinaryUserMayNotWrite) {
+  const bool is_root = geteuid() == 0;
+  const uid_t user = is_root ? 65534 : geteuid();
+  const gid_t group = is_root ? 65534 : getegid();
+  constexpr gid_t kAlsoMember = 65533, kNoMember = 65532;
+  const struct {
+    const char* name;
+    uid_t owner;
+    gid_t group;
+    mode_t mode;
+    bool removed;
+  } rows[] = {
+      {"the owner may", user, group, 0200, true},
+      {"the owner may not", user, group, 0466, false},
+      {"the user's group may", 0, group, 0060, true},
+      {"the user's group may not", 0, group, 0606, false},
+      {"another group of the user may", 0, kAlsoMember, 0060, true},
+      {"another group of the user may not", 0, kAlsoMember, 0606, false},
+      {"neither owner nor member", 0, kNoMember, 0400, true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    if (!is_root && row.owner != user) break;  // an ordinary user has no files but its own
+    WriteFile(file, "");
+    ASSERT_EQ(chown(file.c_str(), row.owner, row.group), 0);
+    fs::permissions(file, fs::perms(row.mode));
+    ExpectInChild([&] {
+      if (is_root) {
+        ASSERT_EQ(setgroups(1, &kAlsoMember), 0);
+        ASSERT_EQ(setgid(group), 0);
+        ASSERT_EQ(setuid(user), 0);
+      }
+      EXPECT_EQ(esd::DeletePath(file), row.removed);
+    });
+    EXPECT_EQ(fs::exists(file), !row.removed);
     fs::remove(file);
   }
 }
 
 }  // namespace
+}  // namespace test
