@@ -1,36 +1,33 @@
 // Many processes on one preference file, and on one log.
 
-#include <gmock/gmock.h>
-#include <sys/mman.h>
-
-#include <atomic>
-#include <unordered_set>
+#include <fstream>
+#include <iterator>
 
 #include "esd/prefs/prefs_writer.h"
 #include "esd/prefs/resource_locker.h"
 #include "tests/log_support.h"
 #include "welko/log_file_lock.h"
 
+namespace test {
 namespace {
 
 constexpr int kProcesses = 8;
 
-// The children's ids, in the order of their numbers.
-std::vector<int> StartAll(const std::function<int(int)>& body) {
-  std::vector<int> children;
+// Runs `body` with the numbers from 0 at the same time, each in a process of its own, and waits.
+void RunAll(const std::function<int(int)>& body) {
+  std::vector<pid_t> children;
   for (int process = 0; process < kProcesses; ++process) {
-    children.push_back(test::StartChild([&] { return body(process); }));
+    children.push_back(StartChild([&] { return body(process); }));
   }
-  return children;
+  for (const pid_t child : children) EXPECT_EQ(WaitFor(child), 0) << "a process has failed";
 }
 
-struct ManyProcesses : test::TreeTest {
-  const test::fs::path prefs = top / "prefs.dat", logs = top / "logs", log = logs / "Some.log";
-};
+using ManyProcesses = TreeTest;
 
 TEST_F(ManyProcesses, WriteOnePreferenceFileAndLoseNothing) {
-  constexpr int kSets = 1000;
-  const auto set = [&](int process) {
+  constexpr int kSets = 400;
+  const fs::path prefs = top / "prefs.dat";
+  RunAll([&](int process) {
     esd::ResourceLocker locker(prefs, 0);
     esd::PrefsWriter store(prefs, "Prefs");
     store.SetLockPolicy(&locker);
@@ -45,89 +42,92 @@ TEST_F(ManyProcesses, WriteOnePreferenceFileAndLoseNothing) {
       if (found != number) return 1;
     }
     return 0;
-  };
-  for (const int child : StartAll(set)) EXPECT_EQ(test::WaitFor(child), 0);
-  std::string expected;
+  });
+  Lines lines = ReadLines(prefs), expected;
+  std::erase_if(lines, [](const std::string& line) { return !line.starts_with("<Key"); });
+  std::sort(lines.begin(), lines.end());
   for (int process = 0; process < kProcesses; ++process) {
     const std::string key = "Key" + std::to_string(process);
-    expected += "<" + key + ">" + std::to_string(kSets) + "</" + key + ">\n";
+    expected.push_back("<" + key + ">" + std::to_string(kSets) + "</" + key + ">");
   }
-  std::vector<std::string> lines = test::ReadLines(prefs);
-  std::sort(lines.begin(), lines.end());
-  std::string found;
-  for (const std::string& line : lines) found += line.starts_with("<Key") ? line + "\n" : "";
-  EXPECT_EQ(found, expected);
+  EXPECT_EQ(Text(lines), Text(expected));
 }
 
-TEST_F(ManyProcesses, WriteOneLogOverManyRollOversAndLoseNoLine) {
-  constexpr int kLines = 10'000, kLinesARollOver = 400;
-  constexpr std::uintmax_t kLimit = 10 * 1048576;
-  struct Shared {
-    std::atomic<int> lines, roll_overs;
-  };
-  auto* const shared = static_cast<Shared*>(
-      mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-  test::WriteFile(logs / "quib.trace", "keeplogs");
-  // Fills the log up with zeros to the size at which it rolls over, and takes those of the last
-  // time out of the backup.
-  const auto pad = [&] {
-    for (const std::string& name : test::Names(logs)) {
-      if (test::fs::file_size(logs / name) < kLimit) continue;
-      if (logs / name == log) return;
-      std::string text = test::ReadFile(logs / name);
-      std::erase(text, '\0');
-      test::WriteFile(logs / name, text);
-    }
-    test::fs::resize_file(log, kLimit);
-    ++shared->roll_overs;
-  };
-  const auto write = [&](int process) {
+// Rolls over often, though few lines are written: now and then a process gives the log the size at
+// which it rolls over, by a hole, and the next line makes a backup of it.
+class SharedLog : public TreeTest {
+ protected:
+  static constexpr int kLines = 2000, kLinesBetweenHoles = 400;  // of one process
+  static constexpr int kRollOvers = kProcesses * kLines / kLinesBetweenHoles;
+  static constexpr std::uintmax_t kSizeLimit = 10 * 1048576;
+  static constexpr int kSecondsBetweenSizeChecks = 900;
+
+  int WriteLines(int process) const {
     welko::LogTargetDefault target("T");
-    if (!test::OpenOn(target, log)) return 1;
+    if (!OpenOn(target, log)) return 1;
     welko::LogFileLock lock(log);
-    for (int number = 0; number < kLines; ++number) {
-      // Another time zone gives the backups of one second names of their own, and a time of its
-      // own makes each line look at the size.
-      const int zone = shared->roll_overs;
-      test::SetTimeZone("ZONE-" + std::to_string(zone / 3600) + ":" +
-                        std::to_string(zone / 60 % 60) + ":" + std::to_string(zone % 60));
-      test::Write(target, std::to_string(process) + " " + std::to_string(number), 30,
-                  std::time(nullptr) + number * 900);
-      if (++shared->lines % kLinesARollOver != 0) continue;
+    for (int number = 1; number <= kLines; ++number) {
+      // Backups are named by the local time, and those of one second need names of their own: each
+      // is made in another time zone, a second from the last.
+      const std::string backups = std::to_string(Names(folder).size());
+      SetTimeZone("ZONE-0:00:" + std::string(backups.size() < 2 ? "0" : "") + backups);
+      // As if so much time had passed that the size is looked at again.
+      Write(target, std::to_string(process) + " " + std::to_string(number), 30,
+            std::time(nullptr) + number * kSecondsBetweenSizeChecks);
+      // The processes take turns.
+      if ((number + process * kLinesBetweenHoles / kProcesses) % kLinesBetweenHoles != 0) continue;
       const welko::LogFileLock::Hold hold(&lock);
-      pad();
+      if (fs::file_size(log) < kSizeLimit) fs::resize_file(log, kSizeLimit);
     }
     return 0;
-  };
-  const std::vector<int> writers = StartAll(write);
-  for (const int writer : writers) EXPECT_EQ(test::WaitFor(writer), 0);
-
-  std::unordered_set<std::string> missing;
-  for (int process = 0; process < kProcesses; ++process) {
-    const std::string before = " | [INFO] | a | b | c | d | e | f | " +
-                               std::to_string(writers[static_cast<std::size_t>(process)]) + " | " +
-                               std::to_string(process) + " ";
-    for (int number = 0; number < kLines; ++number) missing.insert(before + std::to_string(number));
   }
-  test::fs::remove(logs / "quib.trace");
-  const std::vector<std::string> names = test::Names(logs);
-  const std::vector<std::string> header = test::HeaderMessages();
-  constexpr std::size_t kStamp = sizeof "11/21/26 08:41:07:042" - 1;
-  for (const std::string& name : names) {
-    std::string text = test::ReadFile(logs / name);
-    std::erase(text, '\0');
-    test::WriteFile(top / "text", text);
-    const std::vector<std::string> lines = test::ReadLines(top / "text");
-    ASSERT_GE(lines.size(), header.size()) << name;
-    EXPECT_EQ(test::Messages({lines.begin(), lines.begin() + 6}), header) << name;
-    for (std::size_t line = header.size(); line < lines.size(); ++line) {
-      EXPECT_EQ(missing.erase(lines[line].substr(std::min(kStamp, lines[line].size()))), 1U)
-          << name << ": " << lines[line];
+
+  // The lines before and behind the hole, if there is one, less the header.
+  Lines LinesOf(const fs::path& path) const {
+    std::ifstream file(path, std::ios::binary);
+    std::string before, behind;
+    std::getline(file, before, '\0');
+    file.seekg(kSizeLimit);
+    std::getline(file, behind, '\0');
+    const fs::path text = top / path.filename();
+    WriteFile(text, before + behind);
+    return LinesAfterHeader(text);
+  }
+
+  // What is in `lines` and not in `others`, both sorted; the first few.
+  static std::string Missing(const Lines& others, const Lines& lines) {
+    Lines missing;
+    std::set_difference(lines.begin(), lines.end(), others.begin(), others.end(),
+                        std::back_inserter(missing));
+    missing.resize(std::min<std::size_t>(missing.size(), 5));
+    return Text(missing);
+  }
+
+  const fs::path folder = top / "logs", log = folder / "Some.log";
+};
+
+TEST_F(SharedLog, LosesNoLineOverManyRollOvers) {
+  WriteFile(folder / "quib.trace", "keeplogs");
+  MakeEmptyLog(log);
+  RunAll([this](int process) { return WriteLines(process); });
+  fs::remove(folder / "quib.trace");
+
+  Lines found, expected;
+  for (const std::string& name : Names(folder)) {
+    for (std::string& line : LinesOf(folder / name)) found.push_back(std::move(line));
+  }
+  for (int process = 0; process < kProcesses; ++process) {
+    for (int number = 1; number <= kLines; ++number) {
+      expected.push_back("TIME | [INFO] | a | b | c | d | e | f | TID | " +
+                         std::to_string(process) + " " + std::to_string(number));
     }
   }
-  EXPECT_EQ(missing.size(), 0U);
-  EXPECT_GE(names.size(), 20U);
-  std::printf("%d lines in %zu files\n", kProcesses * kLines, names.size());
+  std::sort(found.begin(), found.end());
+  std::sort(expected.begin(), expected.end());
+  EXPECT_EQ(Missing(found, expected), "") << "the first lines that are lost";
+  EXPECT_EQ(Missing(expected, found), "") << "the first lines that nobody has written like this";
+  EXPECT_GE(Names(folder).size(), kRollOvers / 2U) << "the log rolled over too seldom";
 }
 
 }  // namespace
+}  // namespace test
