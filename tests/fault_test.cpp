@@ -31,19 +31,21 @@ const std::string kPrefs = PrefsText({{"SomebodyElses", "1"}});
 
 // Lets the system calls fail with `error` from now on, in whatever is executed, too; openat only
 // when its flags have one of `open_flags`.
-void Refuse(int error, const std::vector<unsigned>& calls, unsigned open_flags = ~0U) {
+void Refuse(unsigned error, const std::vector<unsigned>& calls, unsigned open_flags = ~0U) {
+  constexpr unsigned kFlags = offsetof(seccomp_data, args[2]);
+  const sock_filter fail = BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error);
   std::vector<sock_filter> filter = {
       BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
+  // openat comes last, for its flags then stand where the number stood.
   for (const unsigned call : calls) {
-    if (call == SYS_openat) continue;
-    filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 1));
-    filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<unsigned>(error)));
-  }
-  if (std::find(calls.begin(), calls.end(), SYS_openat) != calls.end()) {
-    filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_openat, 0, 3));
-    filter.push_back(BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[2])));
-    filter.push_back(BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, open_flags, 0, 1));
-    filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<unsigned>(error)));
+    const bool looks_at_flags = call == SYS_openat;
+    const unsigned char skipped = looks_at_flags ? 3 : 1;
+    filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, skipped));
+    if (looks_at_flags) {
+      filter.push_back(BPF_STMT(BPF_LD | BPF_W | BPF_ABS, kFlags));
+      filter.push_back(BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, open_flags, 0, 1));
+    }
+    filter.push_back(fail);
   }
   filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
   const sock_fprog program = {static_cast<unsigned short>(filter.size()), filter.data()};
@@ -60,8 +62,31 @@ void Limit(decltype(RLIMIT_NOFILE) resource, rlim_t limit) {
 struct Fault {
   const char* name;
   std::function<void()> prepare;
-  bool logs;   // whether the run writes its log
-  bool keeps;  // whether the preferences stay as they are
+  bool writes_log;
+  bool writes_prefs;
+};
+
+const Fault kFaults[] = {
+    {"FullDisk", [] { Limit(RLIMIT_FSIZE, 0); }, false, false},
+    {"AlmostFullDisk", [] { Limit(RLIMIT_FSIZE, kPrefs.size() + 40); }, true, false},
+    {"ReadOnly",
+     [] {
+       Refuse(EROFS, {SYS_mkdir, SYS_openat}, O_WRONLY | O_RDWR | O_CREAT);
+     },
+     false, false},
+    {"FewDescriptors",
+     [] {
+       closefrom(3);
+       Limit(RLIMIT_NOFILE, kDescriptors);
+     },
+     true, false},
+    {"NoLogSemaphores", [] { Refuse(ENOSPC, {SYS_semget}); }, false, true},
+    {"NoPrefsSemaphores", [] { Refuse(ENOSPC, {SYS_openat}, O_EXCL); }, false, false},
+    {"NoProcesses",
+     [] {
+       Refuse(EAGAIN, {SYS_clone, SYS_clone3, SYS_vfork, SYS_fork});
+     },
+     true, true},
 };
 
 // GoogleTest would print the bytes.
@@ -72,64 +97,40 @@ class FaultTest : public RunTest, public testing::WithParamInterface<Fault> {
   FaultTest() {
     InstallNotifier();
     InstallLibrary();
+    Run();  // makes every folder
+    WriteFile(log, "");
+    WriteFile(prefs, kPrefs);
   }
 
-  // What stands in the tree, less what a run writes.
-  std::vector<std::string> Tree() const {
-    std::vector<std::string> tree;
+  // The paths in the tree and the texts of its files, less what a run writes.
+  std::string Tree() const {
+    Lines tree;
     for (const auto& entry : fs::recursive_directory_iterator(top)) {
       const fs::path& path = entry.path();
-      if (path == log || path == library_trace || path == notifier_trace) continue;
-      tree.push_back(path.string() + (entry.is_regular_file() ? ReadFile(path) : ""));
+      if (path == prefs || path == log || path == library_trace || path == notifier_trace) continue;
+      tree.push_back(path.string() + (entry.is_regular_file() ? "\n" + ReadFile(path) : ""));
     }
     std::sort(tree.begin(), tree.end());
-    return tree;
+    return Text(tree);
   }
 };
 
-TEST_P(FaultTest, EndsWellAndTouchesNothingElse) {
-  // Every folder that a run makes is there.
-  Run();
-  WriteFile(log, "");
-  WriteFile(prefs, kPrefs);
-  fs::remove(library_trace);
-  fs::remove(notifier_trace);
-  const auto before = Tree();
+TEST_P(FaultTest, EndsWellWritesWhatItCanAndTouchesNothingElse) {
+  const std::string before = Tree();
   // The search for leaks cannot run where so much is refused.
   const Outcome outcome =
       Run({"-mode=scheduled"}, {{"LSAN_OPTIONS", "detect_leaks=0"}}, GetParam().prepare);
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(!outcome.log.empty(), GetParam().logs);
-  EXPECT_EQ(ReadFile(prefs) == kPrefs, GetParam().keeps) << ReadFile(prefs);
-  WriteFile(prefs, kPrefs);
-  EXPECT_EQ(Tree(), before);
-  EXPECT_FALSE(esd::ResourceLocker(prefs, 0).Unlock(true));
+  EXPECT_EQ(!outcome.log.empty(), GetParam().writes_log) << "the log: " << Text(outcome.log);
+  const std::string found = ReadFile(prefs);
+  EXPECT_EQ(found != kPrefs, GetParam().writes_prefs) << "the preferences: " << found;
+  EXPECT_THAT(found, testing::HasSubstr("<SomebodyElses>1</SomebodyElses>"));
+  EXPECT_EQ(Tree(), before) << "something else in the tree has changed";
+  EXPECT_FALSE(esd::ResourceLocker(prefs, 0).Unlock(true)) << "the semaphore was left behind";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, FaultTest,
-    testing::Values(
-        Fault{"FullDisk", [] { Limit(RLIMIT_FSIZE, 0); }, false, true},
-        Fault{"AlmostFullDisk", [] { Limit(RLIMIT_FSIZE, kPrefs.size() + 40); }, true, true},
-        Fault{"ReadOnly",
-              [] {
-                Refuse(EROFS, {SYS_openat, SYS_mkdir}, O_WRONLY | O_RDWR | O_CREAT);
-              },
-              false, true},
-        Fault{"FewDescriptors",
-              [] {
-                closefrom(3);
-                Limit(RLIMIT_NOFILE, kDescriptors);
-              },
-              true, true},
-        Fault{"NoLogSemaphores", [] { Refuse(ENOSPC, {SYS_semget}); }, false, false},
-        Fault{"NoPrefsSemaphores", [] { Refuse(ENOSPC, {SYS_openat}, O_EXCL); }, false, true},
-        Fault{"NoProcesses",
-              [] {
-                Refuse(EAGAIN, {SYS_clone, SYS_clone3, SYS_vfork, SYS_fork});
-              },
-              true, false}),
-    [](const auto& test) { return test.param.name; });
+INSTANTIATE_TEST_SUITE_P(Table, FaultTest, testing::ValuesIn(kFaults),
+                         [](const auto& test) { return test.param.name; });
 
 TEST_F(RunTest, KeepsToTheRightsThatItHas) {
   fs::create_directories(support);
@@ -138,22 +139,26 @@ TEST_F(RunTest, KeepsToTheRightsThatItHas) {
   const auto obey = [] {
     for (const int right : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH}) prctl(PR_CAPBSET_DROP, right);
   };
-  for (const mode_t mode : {0400U, 0U}) {
-    chmod(prefs.c_str(), mode);
-    chmod(log.c_str(), mode);
-    chmod(prefs_folder.c_str(), 0500);
+  for (const bool readable : {true, false}) {
+    SCOPED_TRACE(readable ? "files that it may only read" : "files that it may not even read");
+    const fs::perms mode = readable ? fs::perms::owner_read : fs::perms::none;
+    for (const fs::path& path : {prefs, log}) fs::permissions(path, mode);
+    fs::permissions(prefs_folder, fs::perms(0500));
     EXPECT_EQ(WaitFor(Start({"-mode=scheduled"}, {}, obey)), 0);
-    for (const fs::path& path : {prefs_folder, prefs, log}) chmod(path.c_str(), 0700);
-    EXPECT_EQ(ReadFile(prefs) + ReadFile(log), kPrefs + "old\n");
+    for (const fs::path& path : {prefs_folder, prefs, log}) fs::permissions(path, fs::perms(0700));
+    EXPECT_EQ(ReadFile(prefs), kPrefs);
+    EXPECT_EQ(ReadFile(log), "old\n");
   }
 }
 
 TEST_F(RunTest, GoesOnWhenItsFolderIsTakenAwayMeanwhile) {
   InstallNotifier();
   InstallLibrary();
-  const int run =
+  const pid_t run =
       Start({}, {{"KDUPDATER_CALLBACK", "thread"}, {"KDUPDATER_CALLBACK_DELAY_MS", "200"}});
-  while (ReadFile(log).find("inside waitForCFUCallBack.") == std::string::npos) usleep(1000);
+  Eventually("the run to wait for the library", [this] {
+    return ReadFile(log).find("inside waitForCFUCallBack.") != std::string::npos;
+  });
   fs::rename(prefs_folder, top / "taken");
   EXPECT_EQ(WaitFor(run), 0);
   EXPECT_FALSE(fs::exists(prefs_folder));
@@ -161,9 +166,30 @@ TEST_F(RunTest, GoesOnWhenItsFolderIsTakenAwayMeanwhile) {
 }
 
 // What may stand where a file belongs.
-enum class Kind { kFolder, kFifo, kDevice, kLink, kDanglingLink };
+struct Foreign {
+  const char* name;
+  void (*put)(const fs::path& path, const fs::path& target);
+  bool is_link = false;
+};
 
-class ForeignObjectTest : public RunTest, public testing::WithParamInterface<Kind> {
+const Foreign kForeign[] = {
+    {"Folder", [](const fs::path& path, const fs::path&) { fs::create_directory(path); }},
+    {"Fifo", [](const fs::path& path, const fs::path&) { mkfifo(path.c_str(), 0666); }},
+    {"Device",
+     [](const fs::path& path, const fs::path&) { fs::create_symlink("/dev/null", path); }},
+    {"Link", [](const fs::path& path, const fs::path& target) { fs::create_symlink(target, path); },
+     true},
+    {"DanglingLink",
+     [](const fs::path& path, const fs::path& target) {
+       fs::remove(target);
+       fs::create_symlink(target, path);
+     },
+     true},
+};
+
+void PrintTo(const Foreign& foreign, std::ostream* out) { *out << foreign.name; }
+
+class ForeignObjectTest : public RunTest, public testing::WithParamInterface<Foreign> {
  protected:
   ForeignObjectTest() {
     fs::create_directories(support);
@@ -171,52 +197,51 @@ class ForeignObjectTest : public RunTest, public testing::WithParamInterface<Kin
     WriteFile(target, kPrefs);
   }
 
-  void Put(const fs::path& path) const {
-    fs::remove(path);
-    switch (GetParam()) {
-      case Kind::kFolder:
-        return WriteFile(path / "Some file", "Some text");
-      case Kind::kFifo:
-        ASSERT_EQ(mkfifo(path.c_str(), 0666), 0);
-        return;
-      case Kind::kDevice:
-        return fs::create_symlink("/dev/null", path);
-      case Kind::kLink:
-        return fs::create_symlink(target, path);
-      case Kind::kDanglingLink:
-        return fs::create_symlink(top / "none", path);
-    }
-  }
-
   // A run with the object at `path`, which stays what it is.
-  void RunWith(const fs::path& path) {
-    Put(path);
-    const fs::file_status before = fs::symlink_status(path);
+  void RunWith(const fs::path& path) const {
+    fs::remove(path);
+    GetParam().put(path, target);
+    const fs::file_type before = fs::symlink_status(path).type();
     EXPECT_EQ(Run({"-mode=scheduled"}).status, 0);
-    EXPECT_EQ(fs::symlink_status(path).type(), before.type());
-    EXPECT_EQ(fs::exists(path / "Some file"), GetParam() == Kind::kFolder);
+    EXPECT_EQ(fs::symlink_status(path).type(), before) << "the object became another";
   }
 
   const fs::path target = top / "Some target";
 };
 
-TEST_P(ForeignObjectTest, StandsWhereThePreferencesBelongAndStays) {
+TEST_P(ForeignObjectTest, StaysWhereThePreferencesBelong) {
   RunWith(prefs);
-  const bool is_link = GetParam() == Kind::kLink || GetParam() == Kind::kDanglingLink;
-  EXPECT_EQ(ReadFile(prefs).find("LogLevel") != std::string::npos, is_link);
-  EXPECT_EQ(ReadFile(target).find("SomebodyElses"), ReadFile(target).find("<", 50) + 1);
-  EXPECT_FALSE(ReadFile(log).empty());
+  EXPECT_NE(Text(ReadLog(log)), "");
 }
 
-TEST_P(ForeignObjectTest, StandsWhereTheLogBelongsAndStays) {
+TEST_P(ForeignObjectTest, HoldsThePreferencesOnlyWhenItLeadsToAFile) {
+  RunWith(prefs);
+  const bool are_written = ReadFile(prefs).find("<LogLevel>") != std::string::npos;
+  EXPECT_EQ(are_written, GetParam().is_link) << "the preferences hold: " << ReadFile(prefs);
+}
+
+TEST_P(ForeignObjectTest, StaysWhereTheLogBelongs) {
   RunWith(log);
-  EXPECT_TRUE(ReadFile(target).starts_with(kPrefs));
-  EXPECT_NE(ReadFile(prefs).find("LogLevel"), std::string::npos);
+  EXPECT_THAT(ReadFile(prefs), testing::HasSubstr("<LogLevel>"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, ForeignObjectTest,
-                         testing::Values(Kind::kFolder, Kind::kFifo, Kind::kDevice, Kind::kLink,
-                                         Kind::kDanglingLink));
+INSTANTIATE_TEST_SUITE_P(Table, ForeignObjectTest, testing::ValuesIn(kForeign),
+                         [](const auto& test) { return test.param.name; });
+
+// What a link leads to keeps what it held, and gets more.
+TEST_F(RunTest, WritesBehindLinksWithoutLosingWhatIsThere) {
+  fs::create_directories(support);
+  WriteFile(top / "prefs", kPrefs);
+  WriteFile(top / "log", "old\n");
+  fs::create_directories(prefs_folder);
+  fs::remove(log);
+  fs::create_symlink(top / "prefs", prefs);
+  fs::create_symlink(top / "log", log);
+  EXPECT_EQ(Run({"-mode=scheduled"}).status, 0);
+  EXPECT_THAT(ReadFile(top / "prefs"), testing::HasSubstr("<SomebodyElses>1</SomebodyElses>"));
+  EXPECT_THAT(ReadFile(top / "log"), testing::StartsWith("old\n"));
+  EXPECT_THAT(ReadFile(top / "log"), testing::HasSubstr("Wakerly"));
+}
 
 }  // namespace
 }  // namespace test

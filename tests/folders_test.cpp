@@ -191,21 +191,21 @@ TEST_F(SpecialFolderTest, IsTheSystemsTemporaryFolderWithoutTheEnvironment) {
 using UpdaterFoldersTest = FoldersTest;
 
 TEST_F(UpdaterFoldersTest, AreNotMadeBelowTheMachinesFolders) {
-  EXPECT_EQ(Found(esd::GetUninstallStampPath), kNotFound);
+  EXPECT_EQ(esd::GetUninstallStampPath(), std::nullopt);
   EXPECT_EQ(Found(esd::GetNotifierExecutablePath), "not found, and the path still ''");
   EXPECT_TRUE(fs::is_empty(root));
 }
 
 TEST_F(UpdaterFoldersTest, FallBackToTheTemporaryFolder) {
   Block(home / "Library");
-  EXPECT_EQ(Found(esd::GetUserCacheFolder), root / "tmp/Vantre");
+  EXPECT_EQ(esd::GetUserCacheFolder(), root / "tmp/Vantre");
   EXPECT_EQ(Found(esd::GetUpdaterPrefsFolder), root / "tmp/Vantre/OrlanUpdater/1.0");
 }
 
 TEST_F(UpdaterFoldersTest, AreNotFoundWhereTheTemporaryFolderIsMissing) {
   Block(home / "Library");
   Block(root / "tmp");
-  EXPECT_EQ(Found(esd::GetUserCacheFolder), kNotFound);
+  EXPECT_EQ(esd::GetUserCacheFolder(), std::nullopt);
   EXPECT_EQ(Found(esd::GetUpdaterPrefsFolder), kNotFound);
 }
 
