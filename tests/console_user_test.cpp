@@ -36,9 +36,7 @@ class ConsoleUserTest : public TreeTest {
   ~ConsoleUserTest() override { System() = {}; }
 
   // Rights of a folder that `owner` has made for itself.
-  static std::string PrivateOf(uid_t owner) {
-    return "mode 0700, owner " + std::to_string(owner) + ", group " + std::to_string(getegid());
-  }
+  static std::string PrivateOf(uid_t owner) { return RightsText(0700, owner, getegid()); }
 
   // Only root can act as another. Who is not root sits at the screen itself.
   const uid_t own = geteuid();
@@ -63,7 +61,7 @@ TEST_F(ConsoleUserTest, IsTheActiveUserOfTheFirstSeat) {
     SCOPED_TRACE(row.name);
     System() = {.has_seat = row.has_seat,
                 .active_user = row.active_user,
-                .users = {{815, {group, "/home"}}}};
+                .users = {{815, {group, "/home"}}, {0, {0, "/root"}}}};
     const std::optional<platform::ConsoleUser> found = platform::FindConsoleUser();
     EXPECT_EQ(found ? "user " + std::to_string(found->uid) + ", group " + std::to_string(found->gid)
                     : "nobody",
@@ -72,23 +70,23 @@ TEST_F(ConsoleUserTest, IsTheActiveUserOfTheFirstSeat) {
 }
 
 TEST_F(ConsoleUserTest, HasItsFoldersFoundAndMadeAsItself) {
+  const std::string support = "Library/Application Support";
   const struct {
     unsigned id;
-    const char* made;
-    const char* path;
+    std::string made, product;
   } rows[] = {
-      {10, "Documents", "Documents"},
-      {12, "Library/Application Support", "Library/Application Support"},
-      {19, "Library/Application Support", "Library/Application Support/Vantre"},
-      {22, "Library/Application Support", "Library/Application Support/Vantre/Welko"},
-      {26, "Library/Application Support", "Library/Application Support/Vantre/Welko/Tarnik"},
-      {32, "Library/Logs", "Library/Logs"},
+      {10, "Documents", ""},
+      {12, support, ""},
+      {19, support, "/Vantre"},
+      {22, support, "/Vantre/Welko"},
+      {26, support, "/Vantre/Welko/Tarnik"},
+      {32, "Library/Logs", ""},
   };
   umask(077);
   for (const auto& row : rows) {
     SCOPED_TRACE("folder id " + std::to_string(row.id));
     fs::remove_all(user_home / "Library");
-    EXPECT_EQ(ById(row.id), user_home / row.path);
+    EXPECT_EQ(ById(row.id), user_home / (row.made + row.product));
     EXPECT_EQ(Rights(user_home / row.made), PrivateOf(user));
     EXPECT_EQ(geteuid(), own) << "the effective user is not given back";
   }
@@ -104,70 +102,50 @@ TEST_F(ConsoleUserTest, LeavesTheHomeFolderThatOfTheProcess) { EXPECT_EQ(ById(9)
 
 TEST_F(ConsoleUserTest, IsNoLongerActedAsWhenALookUpThrows) {
   unsetenv("HOME");
-  const struct {
-    const char* name;
-    std::string (*look_up)();
-  } rows[] = {
+  const std::map<std::string, std::function<std::string()>> rows = {
       {"documents", [] { return ById(10); }},
-      {"logs by id", [] { return ById(32); }},
-      {"logs", LogsFolder},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+      {"logs by number", [] { return ById(32); }},
+      {"logs", LogsFolder}};
+  for (const auto& [name, look_up] : rows) {
+    SCOPED_TRACE(name);
     System().looked_up_as.clear();
     System().throwing_look_up = 2;  // the first is for the console user's group
-    EXPECT_THROW(row.look_up(), std::runtime_error);
+    EXPECT_THROW(look_up(), std::runtime_error);
     EXPECT_EQ(System().looked_up_as, (std::vector{own, user}));
     EXPECT_EQ(geteuid(), own) << "the effective user is not given back";
   }
 }
 
-class RefusedSwitchTest : public ConsoleUserTest {
- protected:
-  // Runs `body` as an ordinary user, while root sits at the screen.
-  void AsOrdinaryUser(const std::function<void()>& body) {
-    setenv("HOME", user_home.c_str(), 1);
-    System() = {.has_seat = true, .active_user = 0, .users = {{0, {0, home}}}};
-    ExpectInChild([&] {
-      ASSERT_EQ(setuid(user), 0);
-      body();
-    });
-  }
-};
-
-TEST_F(RefusedSwitchTest, LeavesNoLogsFolder) {
-  AsOrdinaryUser([] { EXPECT_EQ(LogsFolder(), kNotFound); });
-}
-
-TEST_F(RefusedSwitchTest, GivesTheUsersOwnFolders) {
-  AsOrdinaryUser([this] {
+TEST_F(ConsoleUserTest, HasNoLogsFolderWhereTheProcessMayNotActAsIt) {
+  setenv("HOME", user_home.c_str(), 1);
+  System() = {.has_seat = true, .active_user = 0, .users = {{0, {0, home}}}};
+  ExpectInChild([this] {
+    ASSERT_EQ(setuid(user), 0);
+    EXPECT_EQ(LogsFolder(), kNotFound);
+    // By number the folders are then the process's own.
     EXPECT_EQ(ById(10), user_home / "Documents");
     EXPECT_EQ(ById(32), user_home / "Library/Logs");
   });
 }
 
-class HomeFolderTest : public ConsoleUserTest {
- protected:
-  HomeFolderTest() { System() = {.users = {{own, {0, "/own entry"}}, {user, {0, user_home}}}}; }
-};
+using HomeFolderTest = ConsoleUserTest;
 
-TEST_F(HomeFolderTest, IsNotTheEnvironmentsWhenActingAsAnother) {
+TEST_F(HomeFolderTest, IsNotTheEnvironmentsWhileActingAsAnother) {
   ASSERT_EQ(seteuid(user), 0);
   EXPECT_EQ(platform::HomeFolder(), user_home);
 }
 
 TEST_F(HomeFolderTest, IsTheEntrysWithoutTheEnvironment) {
-  System().users[own].home = "/own entry";
-  for (const bool empty : {false, true}) {
-    SCOPED_TRACE(empty ? "HOME is empty" : "HOME is not set");
-    empty ? setenv("HOME", "", 1) : unsetenv("HOME");
-    EXPECT_EQ(platform::HomeFolder(), "/own entry");
-  }
+  System().users[own] = {0, "/own entry"};
+  setenv("HOME", "", 1);
+  EXPECT_EQ(platform::HomeFolder(), "/own entry");
+  unsetenv("HOME");
+  EXPECT_EQ(platform::HomeFolder(), "/own entry");
 }
 
 TEST_F(HomeFolderTest, IsEmptyAndHoldsNothingForAUserWithoutAnEntry) {
   unsetenv("HOME");
-  System().users.clear();
+  System() = {};
   EXPECT_EQ(ById(9), "");
   EXPECT_EQ(ById(10), "before");
   EXPECT_EQ(ById(19), "before/Vantre");

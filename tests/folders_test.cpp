@@ -43,8 +43,6 @@ class FoldersTest : public TreeTest {
   }
 };
 
-// ---- Folder ids.
-
 class FolderIdTest : public FoldersTest {
  protected:
   struct Folder {
@@ -99,13 +97,10 @@ TEST_F(FolderIdTest, TellsThatAFolderIsLostOnlyWhereNothingIsAddedOrItsResultSay
   }
 }
 
-TEST_F(FolderIdTest, LooksForHomeAndTheTemporaryFolderNowhere) {
+TEST_F(FolderIdTest, KnowsFoldersThatNobodyLooksForAndNoOtherNumbers) {
   for (const fs::path& place : {home, root}) fs::remove_all(place);
   EXPECT_EQ(ById(9), home);
   EXPECT_EQ(ById(15), "/tmp");
-}
-
-TEST_F(FolderIdTest, GivesNothingForOtherNumbers) {
   for (const unsigned id : {1, 4, 5, 6, 7, 8, 11, 14, 33}) EXPECT_EQ(ById(id), kNotFound) << id;
 }
 
@@ -138,30 +133,26 @@ TEST_F(FolderIdTest, KnowsTheOwnBundleInsideOfOne) {
             0);
 }
 
-// ---- Special folders.
-
 class SpecialFolderTest : public FoldersTest {
  protected:
   SpecialFolderTest() { setenv("TMPDIR", temporary.c_str(), 1); }
 
   const fs::path temporary = top / "temporary";
   // The place in the table is the kind.
-  const fs::path folders[14] = {
-      temporary,
-      temporary,
-      root / "tmp",
-      home / "Desktop",
-      home / "Documents",
-      home / "Library/Caches",
-      home / "Library/Preferences",
-      home / kSupport,
-      root / kSupport,
-      root / kSupport,
-      root / "Library/Fonts",
-      root / "System",
-      root / "System",
-      root / kSupport,
-  };
+  const fs::path folders[14] = {temporary,
+                                temporary,
+                                root / "tmp",
+                                home / "Desktop",
+                                home / "Documents",
+                                home / "Library/Caches",
+                                home / "Library/Preferences",
+                                home / kSupport,
+                                root / kSupport,
+                                root / kSupport,
+                                root / "Library/Fonts",
+                                root / "System",
+                                root / "System",
+                                root / kSupport};
 };
 
 TEST_F(SpecialFolderTest, IsMadeOnlyWhenAsked) {
@@ -176,17 +167,12 @@ TEST_F(SpecialFolderTest, IsMadeOnlyWhenAsked) {
   }
 }
 
-TEST_F(SpecialFolderTest, IsTheRootForKind14AndNothingAbove) {
+TEST_F(SpecialFolderTest, NeedsNoLookUpAtTheEndsOfTheTable) {
+  unsetenv("TMPDIR");
+  EXPECT_EQ(ByKind(0, false), "/tmp");
   EXPECT_EQ(ByKind(14, false), "/");
   EXPECT_EQ(ByKind(15, true), kNotFound);
 }
-
-TEST_F(SpecialFolderTest, IsTheSystemsTemporaryFolderWithoutTheEnvironment) {
-  unsetenv("TMPDIR");
-  EXPECT_EQ(ByKind(0, false), "/tmp");
-}
-
-// ---- The updater's own folders.
 
 using UpdaterFoldersTest = FoldersTest;
 
@@ -200,10 +186,6 @@ TEST_F(UpdaterFoldersTest, FallBackToTheTemporaryFolder) {
   Block(home / "Library");
   EXPECT_EQ(esd::GetUserCacheFolder(), root / "tmp/Vantre");
   EXPECT_EQ(Found(esd::GetUpdaterPrefsFolder), root / "tmp/Vantre/OrlanUpdater/1.0");
-}
-
-TEST_F(UpdaterFoldersTest, AreNotFoundWhereTheTemporaryFolderIsMissing) {
-  Block(home / "Library");
   Block(root / "tmp");
   EXPECT_EQ(esd::GetUserCacheFolder(), std::nullopt);
   EXPECT_EQ(Found(esd::GetUpdaterPrefsFolder), kNotFound);
@@ -211,20 +193,19 @@ TEST_F(UpdaterFoldersTest, AreNotFoundWhereTheTemporaryFolderIsMissing) {
 
 // New folders have the mode of the one above, or are shared, and belong to whom that belongs.
 TEST_F(UpdaterFoldersTest, KeepTheirRightsOrTakeThoseAbove) {
-  constexpr unsigned kMissing = 0;
   const char* const names[] = {"base", "base/Vantre", "base/Vantre/OrlanUpdater",
                                "base/Vantre/OrlanUpdater/1.0"};
   const struct {
     const char* name;
     bool shared;
-    mode_t before[4], after[4];  // of the folders above
+    mode_t before[4], after[4];  // 0 where a folder is missing
   } rows[] = {
-      {"all new", false, {01757, kMissing, kMissing, kMissing}, {01757, 01757, 01757, 01757}},
-      {"all new, shared", true, {0711, kMissing, kMissing, kMissing}, {0711, 0775, 0775, 0775}},
-      {"no base", false, {kMissing, kMissing, kMissing, kMissing}, {0751, 0774, 0774, 0774}},
-      {"maker's there", false, {0755, 0750, kMissing, kMissing}, {0755, 0750, 0750, 0750}},
-      {"maker's there, shared", true, {0755, 0750, kMissing, kMissing}, {0755, 0750, 0750, 0775}},
-      {"version missing", false, {0755, 0750, 0711, kMissing}, {0755, 0750, 0711, 0750}},
+      {"all new", false, {01757}, {01757, 01757, 01757, 01757}},
+      {"all new, shared", true, {0711}, {0711, 0775, 0775, 0775}},
+      {"no base", false, {}, {0751, 0774, 0774, 0774}},
+      {"maker's there", false, {0755, 0750}, {0755, 0750, 0750, 0750}},
+      {"maker's there, shared", true, {0755, 0750}, {0755, 0750, 0750, 0775}},
+      {"version missing", false, {0755, 0750, 0711}, {0755, 0750, 0711, 0750}},
       {"all there", false, {0755, 0750, 0711, 0700}, {0755, 0750, 0711, 0700}},
       {"all there, shared", true, {0755, 0750, 0711, 0700}, {0755, 0750, 0711, 0700}},
   };
@@ -234,19 +215,16 @@ TEST_F(UpdaterFoldersTest, KeepTheirRightsOrTakeThoseAbove) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     fs::remove_all(top / names[0]);
-    Lines expected;
+    std::string expected[4];
     unsigned owner = geteuid(), group = getegid();
     for (unsigned i = 0; i < 4; ++i) {
-      if (row.before[i] != kMissing) {
+      if (row.before[i] != 0) {
         fs::create_directory(top / names[i]);
         if (is_root) owner = 2000 + i, group = 3000 + i;
         ASSERT_EQ(chown((top / names[i]).c_str(), owner, group), 0);
         fs::permissions(top / names[i], fs::perms(row.before[i]));
       }
-      std::ostringstream rights;
-      rights << "mode 0" << std::oct << row.after[i] << std::dec << ", owner " << owner
-             << ", group " << group;
-      expected.push_back(rights.str());
+      expected[i] = RightsText(row.after[i], owner, group);
     }
     std::string path = top / names[0];
     EXPECT_TRUE(esd::EnsureUpdaterFolder(path, row.shared));
@@ -255,29 +233,22 @@ TEST_F(UpdaterFoldersTest, KeepTheirRightsOrTakeThoseAbove) {
   }
 }
 
-TEST_F(UpdaterFoldersTest, CannotBeMadeBelowAFile) {
-  WriteFile(top / "file", "");
-  std::string path = top / "file";
+TEST_F(UpdaterFoldersTest, CannotBeMadeBelowAFileButCountAsMadeWhereOneHasTheName) {
+  std::string path = "/proc/version";
   EXPECT_FALSE(esd::EnsureUpdaterFolder(path, false));
-  EXPECT_EQ(path, top / "file");
-}
-
-TEST_F(UpdaterFoldersTest, CountAsMadeWhereTheNameIsTaken) {
-  WriteFile(top / "file", "");
-  EXPECT_TRUE(esd::CreateFolderTree(top / "file"));
+  EXPECT_EQ(path, "/proc/version");
+  EXPECT_TRUE(esd::CreateFolderTree(path));
   EXPECT_FALSE(esd::CreateFolderTree("/"));
 }
-
-// ---- The launch agents' folder.
 
 class LaunchAgentTest : public FoldersTest {
  protected:
   // What GetLaunchAgentsFolder writes to a buffer of `size` bytes, or its error.
   static std::string Folder(std::size_t size, bool create) {
-    std::vector<char> buffer(size, '?');
+    std::string buffer(size + 1, '?');
     std::uint32_t error = 1;
     const bool found = esd::GetLaunchAgentsFolder(error, buffer.data(), size, create);
-    return found && error == 0 ? buffer.data() : "error " + std::to_string(error);
+    return found && error == 0 ? buffer.c_str() : "error " + std::to_string(error);
   }
 
   // Whether the scheduled task is present, or the error.
@@ -295,10 +266,7 @@ TEST_F(LaunchAgentTest, FolderNeedsABuffer) {
   std::uint32_t error = 1;
   EXPECT_FALSE(esd::GetLaunchAgentsFolder(error, nullptr, 100, true));
   EXPECT_EQ(error, 120U);
-  char untouched = '?';
-  EXPECT_FALSE(esd::GetLaunchAgentsFolder(error, &untouched, 0, true));
-  EXPECT_EQ(error, 120U);
-  EXPECT_EQ(untouched, '?');
+  EXPECT_EQ(Folder(0, true), "error 120");
 }
 
 TEST_F(LaunchAgentTest, FolderLiesBesidePreferencesWhichAreMadeWhenAsked) {

@@ -26,11 +26,7 @@ std::string Find(FolderDomain domain, platform::FolderType type, bool create) {
 
 TEST_F(Seam, FindsFoldersOfEitherDomainAndMakesThemOnlyWhenAsked) {
   constexpr FolderDomain kUser = FolderDomain::kUser, kLocal = FolderDomain::kLocal;
-  const struct {
-    FolderDomain domain;
-    platform::FolderType type;
-    std::string path;
-  } rows[] = {
+  const std::tuple<FolderDomain, platform::FolderType, std::string> rows[] = {
       {kUser, platform::kRootFolderType, home},
       {kUser, platform::kApplicationSupportFolderType, home / "Library/Application Support"},
       {kUser, platform::kFontsFolderType, home / "Library/Fonts"},
@@ -41,8 +37,7 @@ TEST_F(Seam, FindsFoldersOfEitherDomainAndMakesThemOnlyWhenAsked) {
       {kLocal, platform::kRootFolderType, kNone},
       {kLocal, platform::kDesktopFolderType, kNone},
       {kUser, platform::kSystemFolderType, kNone},
-      {kLocal, platform::FourCharCode("none"), kNone},
-  };
+      {kLocal, platform::FourCharCode("none"), kNone}};
   for (const auto& [domain, type, path] : rows) {
     SCOPED_TRACE((domain == kUser ? "the user's " : "the machine's ") + path);
     for (const fs::path& place : {home, root}) fs::remove_all(place);
@@ -76,52 +71,41 @@ TEST_F(Seam, LaunchesNothingWhereThereIsNothing) {
 TEST_F(Seam, ReadsStringsOfDictionariesAndNothingElse) {
   const std::string dictionary =
       "<dict><key>K</key><string>&lt;\xC3\xA4&gt;</string><key>N</key><integer>5</integer></dict>";
-  const struct {
-    const char* name;
-    std::string key, list, found;
-  } rows[] = {
+  const std::tuple<const char*, std::string, std::string, std::string> rows[] = {
       {"a string", "K", dictionary, "<\xC3\xA4>"},
       {"a number", "N", dictionary, kNone},
       {"another key", "k", dictionary, kNone},
       {"no dictionary", "K", "<array><string>K</string></array>", kNone},
-      {"a broken file", "K", "<dict><key>K</key>", kNone},
-  };
+      {"a broken file", "K", "<dict><key>K</key>", kNone}};
   const fs::path file = top / "Some.plist";
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, key, list, found] : rows) {
+    SCOPED_TRACE(name);
     WriteFile(file, R"(<?xml version="1.0" encoding="UTF-8"?>
 <!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
 <plist version="1.0">)" +
-                        row.list + "</plist>\n");
-    EXPECT_EQ(platform::ReadPropertyListString(file, row.key).value_or(kNone), row.found);
+                        list + "</plist>\n");
+    EXPECT_EQ(platform::ReadPropertyListString(file, key).value_or(kNone), found);
   }
   EXPECT_FALSE(platform::ReadPropertyListString(top / "none", "K"));
   EXPECT_FALSE(platform::ReadPropertyListString(top, "K"));
 }
 
 // GNUstep knows the languages that the program was started with, and adds its own.
-TEST_F(Seam, KnowsTheLanguagesInTheirOrder) {
+TEST_F(Seam, KnowsTheLanguagesInTheirOrderAndTheLocale) {
   setenv("LANGUAGE", "ar:sv", 1);
+  setenv("LC_ALL", "ar_MA.UTF-8", 1);
   Lines languages = platform::PreferredLanguages();
   languages.resize(2);
   EXPECT_EQ(Text(languages), "ar\nsv\n");
-}
-
-TEST_F(Seam, KnowsTheLocale) {
-  setenv("LC_ALL", "ar_MA.UTF-8", 1);
   EXPECT_EQ(platform::CurrentLocaleIdentifier(), "ar_MA");
 }
 
-TEST_F(Seam, KnowsTheProgramsPlace) {
+TEST_F(Seam, KnowsTheProgramsPlaceAndPlainPaths) {
   EXPECT_EQ(platform::MainExecutablePath(), fs::read_symlink("/proc/self/exe"));
-}
-
-TEST_F(Seam, MakesPathsPlain) {
   EXPECT_EQ(platform::StandardizePath("/a//./b/../c/"), "/a/c");
   EXPECT_EQ(platform::StandardizePath("/"), "/");
+  EXPECT_EQ(platform::HomeFolder().substr(0, 1), "/");
 }
-
-TEST_F(Seam, KnowsAHomeFolder) { EXPECT_EQ(platform::HomeFolder().substr(0, 1), "/"); }
 
 TEST_F(Seam, LocksRecursivelyAndOtherThreadsOut) {
   // A lock that is never given back ends with this process.

@@ -129,9 +129,12 @@ Lines Names(const fs::path& folder) {
 std::string Rights(const fs::path& path) {
   struct stat status {};
   if (lstat(path.c_str(), &status) != 0) return "nothing";
+  return RightsText(status.st_mode & 07777, status.st_uid, status.st_gid);
+}
+
+std::string RightsText(mode_t mode, uid_t owner, gid_t group) {
   std::ostringstream text;
-  text << "mode 0" << std::oct << (status.st_mode & 07777) << std::dec << ", owner "
-       << status.st_uid << ", group " << status.st_gid;
+  text << "mode 0" << std::oct << mode << std::dec << ", owner " << owner << ", group " << group;
   return text.str();
 }
 

@@ -67,6 +67,7 @@ Lines Names(const fs::path& folder);
 /// What a person would ask `ls` for, such as "mode 0755, owner 0, group 0"; "nothing" where nothing
 /// stands. A link is not followed.
 std::string Rights(const fs::path& path);
+std::string RightsText(mode_t mode, uid_t owner, gid_t group);
 
 /// One line each, for GoogleTest shows the difference of two texts line by line.
 std::string Text(const Lines& lines);
