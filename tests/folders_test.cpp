@@ -101,7 +101,8 @@ TEST_F(FolderIdTest, KnowsFoldersThatNobodyLooksForAndNoOtherNumbers) {
   for (const fs::path& place : {home, root}) fs::remove_all(place);
   EXPECT_EQ(ById(9), home);
   EXPECT_EQ(ById(15), "/tmp");
-  for (const unsigned id : {1, 4, 5, 6, 7, 8, 11, 14, 33}) EXPECT_EQ(ById(id), kNotFound) << id;
+  for (const unsigned id : {1U, 4U, 5U, 6U, 7U, 8U, 11U, 14U, 33U})
+    EXPECT_EQ(ById(id), kNotFound) << id;
 }
 
 TEST_F(FolderIdTest, EndsSystemPathsAt1023Bytes) {
@@ -248,7 +249,8 @@ class LaunchAgentTest : public FoldersTest {
     std::string buffer(size + 1, '?');
     std::uint32_t error = 1;
     const bool found = esd::GetLaunchAgentsFolder(error, buffer.data(), size, create);
-    return found && error == 0 ? buffer.c_str() : "error " + std::to_string(error);
+    return found && error == 0 ? buffer.substr(0, buffer.find('\0'))
+                               : "error " + std::to_string(error);
   }
 
   // Whether the scheduled task is present, or the error.

@@ -22,6 +22,14 @@ void RunAll(const std::function<int(int)>& body) {
   for (const pid_t child : children) EXPECT_EQ(WaitFor(child), 0) << "a process has failed";
 }
 
+// Whoever has waited for a lock in vain for a second is told so, and tries again.
+bool Tries(const std::function<bool()>& use) {
+  for (int tries = 0; tries < 30; ++tries) {
+    if (use()) return true;
+  }
+  return false;
+}
+
 using ManyProcesses = TreeTest;
 
 TEST_F(ManyProcesses, WriteOnePreferenceFileAndLoseNothing) {
@@ -33,13 +41,11 @@ TEST_F(ManyProcesses, WriteOnePreferenceFileAndLoseNothing) {
     store.SetLockPolicy(&locker);
     const std::string key = "Key" + std::to_string(process);
     for (int number = 1; number <= kSets; ++number) {
-      // Whoever has waited for the lock in vain for a second is told so, and tries again.
-      while (!store.SetPref(key, number)) {
-      }
       int found = 0;
-      while (!store.GetPref(key, found, 0)) {
+      if (!Tries([&] { return store.SetPref(key, number); }) ||
+          !Tries([&] { return store.GetPref(key, found, 0); }) || found != number) {
+        return 1;
       }
-      if (found != number) return 1;
     }
     return 0;
   });
