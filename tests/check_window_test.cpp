@@ -2,7 +2,6 @@
 
 #include <ctime>
 
-#include "driver/enabled_check.h"
 #include "esd/log/updater_log.h"
 #include "tests/run_support.h"
 
@@ -66,20 +65,6 @@ TEST_F(CheckTest, WindowElapsesByTheLocalDateAndReplacesADateAhead) {
     EXPECT_EQ(Logged(wakerly::IsScheduledCheckWindowElapsed), row.logged);
     EXPECT_EQ(test::ReadFile(prefs), text(row.kept));
   }
-}
-
-TEST_F(CheckTest, UpdaterIsNotEnabledWhereNobodyCanTell) {
-  const string enabled = "UCIsUpdaterEnabled : UpdaterIsEnabled.\n1";
-  const string failed =
-      "Error: CheckIfUpdaterIsEnabled - Failed to get admin preferences for updater suppression\n0";
-  const std::pair<string, string> cases[] = {
-      {"", enabled}, {"0", enabled}, {"<", enabled}, {"yes", failed}};
-  for (const auto& [value, outcome] : cases) {
-    WriteFile(admin_prefs, PrefsText({{"Suppressed", value}}));
-    EXPECT_EQ(Logged(wakerly::CheckIfUpdaterIsEnabled), outcome) << value;
-  }
-  test::fs::remove_all(support);
-  EXPECT_EQ(Logged(wakerly::CheckIfUpdaterIsEnabled), "0");
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 
 namespace test {
@@ -19,6 +21,15 @@ std::string PrefsText(const std::vector<std::pair<std::string, std::string>>& en
   std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<Preferences>\n";
   for (const auto& [key, value] : entries) text += "<" + key + ">" + value + "</" + key + ">\n";
   return text + "</Preferences>\n";
+}
+
+std::string LogLine(const std::string& message, const std::string& level) {
+  return "TIME | [" + level + "] |  | UPDATER | WAKERLY |  |  |  | TID | " + message;
+}
+
+Lines LinesAfterHeader(const Lines& log) {
+  const std::size_t header = std::min(log.size(), HeaderMessages().size());
+  return {log.begin() + static_cast<std::ptrdiff_t>(header), log.end()};
 }
 
 RunTest::RunTest() {

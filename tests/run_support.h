@@ -14,14 +14,19 @@ namespace test {
 
 /// What a user finds when a run has ended, and everything that it started.
 struct Outcome {
-  int status = -1;                    ///< exit status, or 128 and the signal
-  std::vector<std::string> log;       ///< with TIME and TID in each line
-  std::vector<std::string> notifier;  ///< the notifier's own trace
-  std::vector<std::string> library;   ///< the client library's own trace
+  int status = -1;  ///< exit status, or 128 and the signal
+  Lines log;        ///< with TIME and TID in each line
+  Lines notifier;   ///< the notifier's own trace
+  Lines library;    ///< the client library's own trace
 };
 
 /// A preference file with these entries, as the program writes it.
 std::string PrefsText(const std::vector<std::pair<std::string, std::string>>& entries);
+
+/// A line of the program's log, as ReadLog gives it.
+std::string LogLine(const std::string& message, const std::string& level = "INFO");
+/// What the program logged in one run with a log of its own: the lines behind the header block.
+Lines LinesAfterHeader(const Lines& log);
 
 /// The sample library calls back before its request returns, so that no run waits for it. An empty
 /// log lies where a run writes it, so that no run meets the lock of another test's.

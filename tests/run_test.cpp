@@ -1,8 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <ctime>
-
 #include "esd/prefs/resource_locker.h"
 #include "tests/run_support.h"
 
@@ -10,70 +7,39 @@ namespace test {
 namespace {
 
 using testing::Contains;
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
+constexpr const char* kBanner = ">>> Vantre Updater Log Begin >>>";
+constexpr const char* kVersion = "Application Version: " WAKERLY_VERSION;
 constexpr const char* kScheduled = "Wakerly : Loaded in scheduled mode.";
 constexpr const char* kLogon = "Wakerly : Loaded at startup/logon.";
 constexpr const char* kElapsed = "Wakerly : Window is Elapsed and going to launch Tarnik.";
 constexpr const char* kNotElapsed = "Wakerly : Window is NOT Elapsed.";
 constexpr const char* kNotEnabled = "Wakerly : WARNING - Updater is NOT enabled.";
+constexpr const char* kCalling = "Wakerly: Calling LaunchExecutable for exe ";
+const Lines kMode = {"-mode=scheduled"};
+const std::string kLauncher = "VantreUpdaterKodoLauncher : ";
 
 const std::string kDuePrefs = PrefsText({{"LastDateCheck", "2001-02-03T04:05:06"}});
+// A date in the future counts as today.
+const std::string kNotDuePrefs = PrefsText({{"LastDateCheck", "2999-01-01T00:00:00"}});
 
-// A week has not passed since a check today, also when midnight passes meanwhile.
-std::string NotDuePrefs() {
-  const std::time_t now = std::time(nullptr);
-  char today[32];
-  std::strftime(today, sizeof today, "%Y-%m-%dT%H:%M:%S", std::localtime(&now));
-  return PrefsText({{"LastDateCheck", today}, {"UpdaterPrefSchedCheckFreq", "1"}});
-}
-
-TEST_F(RunTest, WritesTheLogLineByLine) {
+TEST_F(RunTest, StartsTheNotifierApartFromItself) {
   InstallNotifier();
-  InstallLibrary();
-  WriteFile(prefs, kDuePrefs);
-  const std::string prefix = "VantreUpdaterKodoLauncher : ";
-  const std::vector<std::string> run = {
-      ">>> Vantre Updater Log Begin >>>",
-      "Application Version: " WAKERLY_VERSION,
-      "cmdline option: -logFile = " + log.string(),
-      "cmdline option: -logLevel = 2",
-      kLogon,
-      "UCIsUpdaterEnabled : UpdaterIsEnabled.",
-      "Scheduled check window has elapsed ",
-      kElapsed,
-      "Wakerly: Calling LaunchExecutable for exe  = " + notifier.string(),
-      prefix + "inside initialize.",
-      prefix + "inside getLatestKDApplication.",
-      prefix + "inside waitForCFUCallBack.",
-      prefix + "VantreKD_CFUCallbackFn is invoked",
-      prefix + "inside invokeKDApplication.",
-      prefix + "VantreKD_ReleaseRef called.",
-      prefix + "inside finalize.",
-      prefix + "unloaded kodo library"};
-  std::vector<std::string> expected = HeaderMessages();
-  // The second run adds to the log without another header.
-  for (int i = 0; i < 2; ++i) expected.insert(expected.end(), run.begin(), run.end());
-  for (std::string& line : expected) {
-    line.insert(0, "TIME | [INFO] |  | UPDATER | WAKERLY |  |  |  | TID | ");
-  }
-  EXPECT_THAT(
-      Run().notifier,
-      ElementsAre("started " + notifier.string() +
-                  ", arguments=0 own_session=yes standard_streams=/dev/null other_files=0"));
-  EXPECT_EQ(Run().log, expected);
+  EXPECT_EQ(Text(Run(kMode).notifier),
+            "started " + notifier.string() +
+                ", arguments=0 own_session=yes standard_streams=/dev/null other_files=0\n");
 }
 
 struct Decision {
   const char* name;
-  std::vector<std::string> arguments;
-  bool due;
-  bool enabled;
-  bool suite_present;
-  bool scheduled;
-  bool launched;
+  Lines arguments = {};
+  bool due = false;  // the next check
+  bool suppressed = false;
+  bool suite = false;
+  bool starts = false;  // the notifier
+  Lines logged = {};    // what begins with the program's name, without values
 };
 
 // GoogleTest would print the bytes.
@@ -81,48 +47,50 @@ void PrintTo(const Decision& decision, std::ostream* out) { *out << decision.nam
 
 class RunDecision : public RunTest, public testing::WithParamInterface<Decision> {};
 
-TEST_P(RunDecision, StartsTheNotifierOrNotAndAlwaysTheClientLibrary) {
-  const auto& [name, arguments, due, enabled, suite_present, scheduled, launched] = GetParam();
+TEST_P(RunDecision, StartsTheNotifierOrNotAndAlwaysDrivesTheClientLibrary) {
+  const Decision& decision = GetParam();
   InstallNotifier();
   InstallLibrary();
-  WriteFile(prefs, due ? kDuePrefs : NotDuePrefs());
-  if (!enabled) WriteFile(admin_prefs, PrefsText({{"Suppressed", "1"}}));
-  if (suite_present) InstallSuite();
-  const Outcome outcome = Run(arguments);
+  WriteFile(prefs, decision.due ? kDuePrefs : kNotDuePrefs);
+  if (decision.suppressed) WriteFile(admin_prefs, PrefsText({{"Suppressed", "1"}}));
+  if (decision.suite) InstallSuite();
+  const Outcome outcome = Run(decision.arguments);
   EXPECT_EQ(outcome.status, 0);
-  const std::vector<std::string> messages = Messages(outcome.log);
-  // Also where the suite takes the launch over.
-  const std::string calling = "Wakerly: Calling LaunchExecutable for exe  = " + notifier.string();
-  const std::pair<const char*, bool> table[] = {
-      {kScheduled, scheduled},       {kLogon, !scheduled},
-      {kElapsed, !scheduled && due}, {kNotElapsed, !scheduled && !due},
-      {kNotEnabled, !enabled},       {calling.c_str(), scheduled || due}};
-  for (const auto& [message, expected] : table) {
-    EXPECT_EQ(std::count(messages.begin(), messages.end(), message), expected) << message;
-  }
-  EXPECT_THAT(outcome.notifier, SizeIs(launched ? 1 : 0));
+  EXPECT_EQ(!outcome.notifier.empty(), decision.starts) << "does the notifier start?";
   EXPECT_THAT(outcome.library, Contains("release"));
+  Lines logged;
+  for (const std::string& message : Messages(outcome.log)) {
+    if (message.starts_with("Wakerly")) logged.push_back(message.substr(0, message.find(" = ")));
+  }
+  EXPECT_EQ(Text(logged), Text(decision.logged));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, RunDecision,
-    testing::Values(
-        Decision{"LogonNotDue", {}, false, true, false, false, false},
-        Decision{"LogonDue", {}, true, true, false, false, true},
-        Decision{"LogonDueSuppressed", {}, true, false, false, false, true},
-        Decision{"LogonDueWithSuite", {}, true, true, true, false, false},
-        Decision{"Scheduled", {"-mode=scheduled"}, true, true, false, true, true},
-        Decision{"ScheduledNotDueSuppressed", {"-mode=scheduled"}, false, false, false, true, true},
-        Decision{"ScheduledWithSuite", {"-mode=scheduled"}, true, true, true, true, false},
-        Decision{"ScheduledFirst", {"-mode=scheduled", "-x"}, false, true, false, true, true},
-        Decision{"ScheduledSecond", {"-x", "-mode=scheduled"}, false, true, false, false, false},
-        Decision{"TrailingBlank", {"-mode=scheduled "}, false, true, false, false, false},
-        Decision{"CapitalM", {"-Mode=scheduled"}, false, true, false, false, false},
-        Decision{"EmptyArgument", {""}, true, true, false, false, true}),
-    [](const auto& test) { return test.param.name; });
+// The README's table, then what does not count for it, then what is no scheduled mode.
+const Decision kDecisions[] = {
+    {.name = "LogonNotDue", .logged = {kLogon, kNotElapsed}},
+    {.name = "LogonDue", .due = true, .starts = true, .logged = {kLogon, kElapsed, kCalling}},
+    {.name = "LogonSuite", .due = true, .suite = true, .logged = {kLogon, kElapsed, kCalling}},
+    {.name = "Scheduled", .arguments = kMode, .starts = true, .logged = {kScheduled, kCalling}},
+    {.name = "ScheduledSuite", .arguments = kMode, .suite = true, .logged = {kScheduled, kCalling}},
+    {.name = "LogonSuppressed",
+     .due = true,
+     .suppressed = true,
+     .starts = true,
+     .logged = {kLogon, kNotEnabled, kElapsed, kCalling}},
+    {.name = "ScheduledFirst",
+     .arguments = {"-mode=scheduled", "-x"},
+     .starts = true,
+     .logged = {kScheduled, kCalling}},
+    {.name = "ScheduledSecond", .arguments = {"-x", kMode[0]}, .logged = {kLogon, kNotElapsed}},
+    {.name = "TrailingBlank", .arguments = {"-mode=scheduled "}, .logged = {kLogon, kNotElapsed}},
+    {.name = "CapitalM", .arguments = {"-Mode=scheduled"}, .logged = {kLogon, kNotElapsed}},
+    {.name = "EmptyArgument", .arguments = {""}, .logged = {kLogon, kNotElapsed}}};
+
+INSTANTIATE_TEST_SUITE_P(Table, RunDecision, testing::ValuesIn(kDecisions),
+                         [](const auto& test) { return test.param.name; });
 
 TEST_F(RunTest, EndsWithStatusOneWhenTheNotifierPathCannotBeFound) {
-  const Outcome outcome = Run({"-mode=scheduled"});
+  const Outcome outcome = Run(kMode);
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(Messages(outcome.log).back(),
             "Wakerly Error: Unable to get the Orlan Update Notifier executable path.");
@@ -131,41 +99,87 @@ TEST_F(RunTest, EndsWithStatusOneWhenTheNotifierPathCannotBeFound) {
 
 TEST_F(RunTest, SaysNothingWhenTheNotifierCannotBeStarted) {
   InstallLibrary();
-  const std::vector<std::string> missing = Messages(Run({"-mode=scheduled"}).log);
+  const Lines missing = Messages(Run(kMode).log);
   WriteFile(log, "");
   WriteFile(notifier, "no program");
-  EXPECT_EQ(Messages(Run({"-mode=scheduled"}).log), missing);
-  EXPECT_EQ(missing.back(), "VantreUpdaterKodoLauncher : unloaded kodo library");
+  EXPECT_EQ(Text(Messages(Run(kMode).log)), Text(missing));
+  EXPECT_EQ(missing.back(), kLauncher + "unloaded kodo library");
 }
 
-struct Setting {
-  const char* name;
-  const char* level;
-  std::size_t lines;  // on top of the header
-};
+enum Detail { kNothing, kFirstLines, kOrdinary, kTraces };
 
-void PrintTo(const Setting& setting, std::ostream* out) { *out << setting.name; }
-
-class RunLogLevel : public RunTest, public testing::WithParamInterface<Setting> {};
-
-TEST_P(RunLogLevel, LogsWhereAndAsMuchAsThePreferencesSay) {
-  fs::create_directories(support);
+// At level 5 the log drops what is traced; at 10 it drops nothing.
+TEST_F(RunTest, LogsWhereAndAsMuchAsThePreferencesSay) {
   const fs::path chosen = home / "my logs/start.txt";
-  fs::create_directories(chosen.parent_path());
-  const std::string text =
-      PrefsText({{"LogLevel", GetParam().level}, {"StartupLogFile", chosen.string()}});
-  WriteFile(prefs, text);
-  EXPECT_EQ(Run({"-mode=scheduled"}).status, 0);
-  EXPECT_THAT(ReadLines(chosen),
-              SizeIs(GetParam().lines == 0 ? 0 : HeaderMessages().size() + GetParam().lines));
-  EXPECT_EQ(ReadFile(prefs), text);
+  const std::pair<const char*, Detail> levels[] = {
+      {"0", kNothing}, {"2 x", kNothing}, {"1", kFirstLines}, {"2", kOrdinary},
+      {"3", kTraces},  {"5", kOrdinary},  {"10", kTraces}};
+  fs::create_directories(support);
+  for (const auto& [level, detail] : levels) {
+    SCOPED_TRACE(std::string("LogLevel ") + level);
+    MakeEmptyLog(chosen);
+    const std::string text = PrefsText({{"LastDateCheck", "2001-02-03T04:05:06"},
+                                        {"LogLevel", level},
+                                        {"StartupLogFile", chosen.string()}});
+    WriteFile(prefs, text);
+    Run();
+    EXPECT_EQ(ReadFile(prefs), text);
+    const std::pair<Detail, std::string> run[] = {
+        {kFirstLines, kBanner},
+        {kFirstLines, kVersion},
+        {kOrdinary, "cmdline option: -logFile = " + chosen.string()},
+        {kOrdinary, std::string("cmdline option: -logLevel = ") + level},
+        {kOrdinary, kLogon},
+        {kTraces, "UpdaterWakerly: Stepped into << CheckIfUpdaterIsEnabled >> call."},
+        {kOrdinary, "UCIsUpdaterEnabled : UpdaterIsEnabled."},
+        {kTraces,
+         "UpdaterWakerly : Returning from << CheckIfUpdaterIsEnabled >> call with return value -  "
+         "= 1"},
+        {kOrdinary, "Scheduled check window has elapsed "},
+        {kOrdinary, kElapsed},
+        {kOrdinary, kCalling + (" = " + notifier.string())},
+        {kOrdinary, kLauncher + "inside initialize."},
+        {kOrdinary, kLauncher + "Unable to load kodo library from path  = " + library.string()},
+        {kOrdinary, kLauncher + "Error encountered in Kodo WorkFlow = std::exception"}};
+    Lines expected;
+    for (const auto& [needed, message] : run) {
+      if (detail < needed) continue;
+      expected.push_back(LogLine(message, needed == kTraces ? "DEBUG" : "INFO"));
+    }
+    EXPECT_EQ(Text(LinesAfterHeader(ReadLog(chosen))), Text(expected));
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, RunLogLevel,
-                         testing::Values(Setting{"Off", "0", 0}, Setting{"NoNumber", "2 x", 0},
-                                         Setting{"BannerAndVersion", "1", 2},
-                                         Setting{"Ordinary", "2", 10}, Setting{"Traces", "3", 12}),
-                         [](const auto& test) { return test.param.name; });
+TEST_F(RunTest, LogsAtLevelOneItsFirstLinesWhateverComes) {
+  const struct {
+    const char* last_check = "2001-02-03T04:05:06";
+    const char* frequency = "0";
+    const char* suppressed = "0";
+    bool folder = true;
+  } situations[] = {{.last_check = ""},  {.last_check = "2999-01-01T00:00:00"},
+                    {.frequency = "3"},  {.last_check = "2001-02-03Tno time"},
+                    {.suppressed = "1"}, {.suppressed = "neither yes nor no"},
+                    {.folder = false}};
+  for (const auto& [last_check, frequency, suppressed, folder] : situations) {
+    SCOPED_TRACE(std::string("last check ") + last_check + ", frequency " + frequency +
+                 ", suppressed " + suppressed + (folder ? "" : ", no application support folder"));
+    WriteFile(log, "");
+    WriteFile(prefs, PrefsText({{"LastDateCheck", last_check},
+                                {"UpdaterPrefSchedCheckFreq", frequency},
+                                {"LogLevel", "1"}}));
+    WriteFile(admin_prefs, PrefsText({{"Suppressed", suppressed}}));
+    if (!folder) fs::remove_all(support);
+    EXPECT_EQ(Text(LinesAfterHeader(Run().log)), Text({LogLine(kBanner), LogLine(kVersion)}));
+  }
+}
+
+TEST_F(RunTest, AddsToTheLogWithoutAnotherHeader) {
+  Lines expected = Run(kMode).log;
+  const Lines added = LinesAfterHeader(expected);
+  EXPECT_EQ(Messages({expected.begin(), expected.end() - std::ssize(added)}), HeaderMessages());
+  expected.insert(expected.end(), added.begin(), added.end());
+  EXPECT_EQ(Text(Run(kMode).log), Text(expected));
+}
 
 TEST_F(RunTest, ForgetsThePreferencesOfAnUninstalledUpdater) {
   InstallNotifier();
@@ -173,7 +187,7 @@ TEST_F(RunTest, ForgetsThePreferencesOfAnUninstalledUpdater) {
   WriteFile(prefs, kDuePrefs);
   WriteFile(inventory / "uninstallts", "stamp-2 more\n");
   const Outcome outcome = Run();
-  EXPECT_THAT(outcome.notifier, IsEmpty());  // the date of the last check is gone
+  EXPECT_THAT(outcome.notifier, IsEmpty()) << "the date of the last check is not forgotten";
   EXPECT_EQ(
       ReadFile(prefs),
       PrefsText({{"uninstallts", "stamp-2"}, {"StartupLogFile", log.string()}, {"LogLevel", "2"}}));
@@ -185,7 +199,7 @@ TEST_F(RunTest, RunsWithoutALogWhileAnotherProcessHoldsThePreferences) {
   WriteFile(prefs, kDuePrefs);
   esd::ResourceLocker locker(prefs.string(), 0);
   ASSERT_TRUE(locker.Lock());
-  const Outcome outcome = Run({"-mode=scheduled"});
+  const Outcome outcome = Run(kMode);
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(ReadFile(log), "");
   EXPECT_EQ(ReadFile(prefs), kDuePrefs);
@@ -198,8 +212,9 @@ TEST_F(RunTest, DoesItsWorkWithoutAHomeFolderOrALog) {
   InstallLibrary();
   fs::remove(log);
   for (const char* folder : {"/dev/null", home.c_str()}) {
+    SCOPED_TRACE(folder);
     fs::create_directories(log);  // a folder where the log belongs
-    const Outcome outcome = Run({"-mode=scheduled"}, {{"HOME", folder}, {"TMPDIR", "/dev/null"}});
+    const Outcome outcome = Run(kMode, {{"HOME", folder}, {"TMPDIR", "/dev/null"}});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.library, Contains("release"));
   }

@@ -141,6 +141,11 @@ void Trace(const std::string& line) {
   std::fflush(g_settings.trace);
 }
 
+// Where the library is unloaded, this runs before its static objects go; where the process ends
+// with the library still loaded, after them (so does glibc).
+bool g_unloading = false;
+__attribute__((destructor)) void NoteUnloading() { g_unloading = true; }
+
 // Outlives everything else here: the thread left behind may run until the process has ended.
 std::atomic<unsigned> g_calls_of_the_left = 0;
 
@@ -152,7 +157,7 @@ class Library {
     Join();
     CallWhen("unload");
     WaitForTheLeft();
-    Trace("unloaded");
+    Trace(g_unloading ? "unloaded" : "still loaded at the end of the process");
     if (g_settings.trace != nullptr) std::fclose(g_settings.trace);
   }
   Library(const Library&) = delete;
