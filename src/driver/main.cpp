@@ -1,15 +1,22 @@
 // The run sequence of Wakerly: one pass over the checks, the notifier and the client library.
 
+#include <sys/types.h>
+
 #include <cstring>
+#include <exception>
+#include <optional>
 #include <string>
 
 #include "driver/check_window.h"
 #include "driver/enabled_check.h"
+#include "driver/home_owner.h"
+#include "driver/standard_streams.h"
 #include "driver/startup_logging.h"
 #include "esd/log/updater_log.h"
 #include "esd/prefs/updater_folders.h"
 #include "launcher/kodo_launcher.h"
 #include "platform/application.h"
+#include "platform/standard_error.h"
 #include "welko/folder_path.h"
 #include "welko/path.h"
 
@@ -38,11 +45,15 @@ void RunClientLibrary() {
   wakerly::VantreUpdaterKodoLauncher::destroyInstance();
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(bool scheduled) {
+  const std::optional<uid_t> owner = wakerly::BecomeHomeOwner();
   wakerly::SetUpStartupLogging();
-  const bool scheduled = IsScheduledMode(argc, argv);
+  if (owner) {
+    esd::UpdaterLogInt(esd::kMessageLevel,
+                       "Wakerly : Started as root with another user's home folder; now running as "
+                       "uid ",
+                       static_cast<int>(*owner));
+  }
   esd::UpdaterLog(esd::kMessageLevel, scheduled ? "Wakerly : Loaded in scheduled mode."
                                                 : "Wakerly : Loaded at startup/logon.");
   if (!wakerly::CheckIfUpdaterIsEnabled()) {
@@ -57,4 +68,25 @@ int main(int argc, char** argv) {
   if (scheduled || IsWindowElapsed()) LaunchNotifier(notifier);
   RunClientLibrary();
   return 0;
+}
+
+// There may be no memory for a text of one's own.
+int EndEarly(const char* reason) {
+  platform::WriteToStandardError("wakerly: the run ends early: ");
+  platform::WriteToStandardError(reason);
+  platform::WriteToStandardError("\n");
+  return 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  wakerly::OpenClosedStreams();
+  try {
+    return Run(IsScheduledMode(argc, argv));
+  } catch (const std::exception& error) {
+    return EndEarly(error.what());
+  } catch (...) {
+    return EndEarly("an unknown exception");
+  }
 }

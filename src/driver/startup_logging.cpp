@@ -1,14 +1,28 @@
 #include "driver/startup_logging.h"
 
+#include <fcntl.h>
 #include <syslog.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <exception>
 #include <string>
 
 #include "esd/log/updater_log.h"
 #include "esd/prefs/prefs_lock.h"
+#include "esd/prefs/resource_locker.h"
 #include "esd/prefs/updater_folders.h"
 #include "esd/prefs/updater_prefs.h"
+#include "esd/util/path.h"
 #include "esd/util/program_version.h"
+#include "esd/util/special_folder.h"
+#include "platform/file_type.h"
+#include "platform/folders.h"
+#include "platform/semaphore_name.h"
+#include "platform/standard_error.h"
 
 namespace wakerly {
 namespace {
@@ -21,15 +35,68 @@ constexpr int kDefaultLevel = esd::kMessageLevel;
 struct LogSettings {
   std::string path;
   int level = 0;
+  std::string obstacle;  ///< why the level is not known; empty where it is
 };
 
-// Such a run can report only to the system's own log and to standard error.
-void ReportLocked() {
-  openlog("wakerly", LOG_PID | LOG_PERROR, LOG_USER);
-  syslog(LOG_WARNING,
-         "no log for this run: the preferences are locked by another process, or were "
-         "by one that was killed");
+// `text` in one short line.
+std::string Shown(const std::string& text) {
+  constexpr std::size_t kShownBytes = 1000;
+  std::string line = text.substr(0, kShownBytes);
+  const auto is_control = [](unsigned char byte) { return byte < ' ' || byte == 0x7F; };
+  std::replace_if(line.begin(), line.end(), is_control, '?');
+  return line;
+}
+
+// A run without a log can report only to the system's own log and to standard error.
+void ReportNoLog(const std::string& reason) {
+  const std::string line = "no log for this run: " + reason;
+  openlog("wakerly", LOG_PID, LOG_USER);
+  syslog(LOG_WARNING, "%s", line.c_str());
   closelog();
+  platform::WriteToStandardError("wakerly[" + std::to_string(getpid()) + "]: " + line + "\n");
+}
+
+std::string PrefsFile() { return esd::GetUpdaterPrefsFile(esd::kPrefsFileName).value_or(""); }
+
+std::string DescribeLock() {
+  const std::string file = PrefsFile();
+  const std::string semaphore = esd::ResourceLocker::SemaphoreOf(file);
+  return "the preferences are locked by another process, or were by one that was killed: " +
+         Shown(file) + ", semaphore " + semaphore +
+         "; if neither wakerly nor the updater runs, remove it with: " +
+         platform::SemaphoreRemoval(semaphore);
+}
+
+std::string DescribeLevel(VantreUpdaterPrefs& prefs) {
+  std::string text;
+  prefs.GetPref<std::string>("LogLevel", text, "");
+  constexpr std::size_t kShownLevel = 40;
+  return "LogLevel is no number: \"" + Shown(text.substr(0, kShownLevel)) + "\" in " +
+         Shown(PrefsFile());
+}
+
+std::string DescribeFailure(const char* what) {
+  const std::string file = PrefsFile();
+  if (!file.empty()) return Shown(file) + " cannot be read: " + what;
+  std::string temporary;
+  esd::GetSpecialFolder(esd::kLocalTemporary, temporary, false);
+  return std::string("there is no folder for ") + esd::kPrefsFileName +
+         ", neither in the home folder (" + Shown(platform::HomeFolder()) +
+         ") nor, as this user's own, in the temporary folder (" + Shown(temporary) + ")";
+}
+
+// Why no line of the log could be written to the file `path`.
+std::string DescribeLogFile(const std::string& path) {
+  const std::string named = Shown(path) + " cannot be written: ";
+  const platform::FileType type = platform::TypeOf(path);
+  if (type == platform::FileType::kFolder) return named + std::strerror(EISDIR);
+  if (type == platform::FileType::kOther) return named + "it is not a file";
+  // What is missing could not be made.
+  const std::string written = platform::IsFound(type) ? path : esd::GetParentFolder(path);
+  if (faccessat(AT_FDCWD, written.c_str(), W_OK, AT_EACCESS) != 0) {
+    return named + std::strerror(errno);
+  }
+  return named + "not a line was taken; the disk may be full, or there may be no semaphore for it";
 }
 
 // Fills `settings` as far as the preferences can be read, and writes back what they lack.
@@ -37,12 +104,14 @@ void ReadSettings(LogSettings& settings) {
   VantreUpdaterPrefs& prefs = VantreUpdaterPrefs::GetInstance(false);
   const esd::PrefsLock lock(prefs);
   if (!lock.held()) {
-    ReportLocked();
+    settings.obstacle = DescribeLock();
     return;
   }
   // Read through the store: the preference objects would answer with their own defaults.
   prefs.GetPref<std::string>("StartupLogFile", settings.path, "");
-  prefs.GetPref<int>("LogLevel", settings.level, kNotSet);
+  if (!prefs.GetPref<int>("LogLevel", settings.level, kNotSet)) {
+    settings.obstacle = DescribeLevel(prefs);
+  }
   if (settings.path.empty()) {
     settings.path = esd::GetUpdaterPrefsFile(esd::kStartupLogName).value_or("");
     if (!settings.path.empty()) prefs.GetStartupLogFilePref().Set(settings.path);
@@ -53,7 +122,18 @@ void ReadSettings(LogSettings& settings) {
   }
 }
 
-void OpenLog(LogSettings settings) {
+// There is no log yet to report a failure in, and what was read until then is still used.
+void FindSettings(LogSettings& settings) {
+  try {
+    ReadSettings(settings);
+  } catch (const std::exception& error) {
+    settings.obstacle = DescribeFailure(error.what());
+  } catch (...) {
+    settings.obstacle = DescribeFailure("an unknown exception");
+  }
+}
+
+void OpenLog(LogSettings& settings) {
   if (settings.path.empty()) {
     settings.path = esd::GetUpdaterPrefsFile(esd::kUpdaterLogName).value_or("");
   }
@@ -68,11 +148,15 @@ void OpenLog(LogSettings settings) {
 bool SetUpStartupLogging() {
   LogSettings settings;
   try {
-    ReadSettings(settings);
+    FindSettings(settings);
+    if (settings.level > 0) {
+      OpenLog(settings);
+      settings.obstacle = esd::IsUpdaterLogWritten() ? "" : DescribeLogFile(settings.path);
+    }
+    if (!settings.obstacle.empty()) ReportNoLog(settings.obstacle);
   } catch (...) {
-    // There is no log yet to report this in, and what was read until then is still used.
+    platform::WriteToStandardError("wakerly: no memory for the log\n");
   }
-  if (settings.level > 0) OpenLog(settings);
   return true;
 }
 

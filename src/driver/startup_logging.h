@@ -5,8 +5,9 @@
 namespace wakerly {
 
 /// Opens the updater log as the preferences say, and writes its first lines. A log path or level
-/// that the preferences lack is written back to them. Without the preferences, or at level 0 or
-/// below, there is no log in this run. Always true; nothing is thrown.
+/// that the preferences lack is written back to them. At level 0 or below there is no log in this
+/// run; when there is none for another reason, standard error and the system's log are told which.
+/// Always true; nothing is thrown.
 bool SetUpStartupLogging();
 
 }  // namespace wakerly

@@ -2,6 +2,7 @@
 #ifndef PLATFORM_BUNDLE_H_
 #define PLATFORM_BUNDLE_H_
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -17,8 +18,12 @@ std::string MainBundlePath();
 /// `path` less empty and "." components, with ".." resolved and without a trailing "/".
 std::string StandardizePath(const std::string& path);
 
+/// The size in bytes of the largest property list that is read.
+inline constexpr std::size_t kPropertyListLimit = 1024 * 1024;
+
 /// The string under `key` of the dictionary in the property list `path`, XML or binary.
-/// Nothing when the file cannot be read, is no dictionary, or holds no string under the key.
+/// Nothing when the file cannot be read, is no regular file, has more than kPropertyListLimit
+/// bytes, is no dictionary, or holds no string under the key.
 std::optional<std::string> ReadPropertyListString(const std::string& path, const std::string& key);
 
 }  // namespace platform

@@ -2,6 +2,8 @@
 #ifndef PLATFORM_FILE_DESCRIPTOR_H_
 #define PLATFORM_FILE_DESCRIPTOR_H_
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -37,6 +39,10 @@ class FileDescriptor {
 /// when it cannot be opened; errno is EISDIR for a folder, FIFO, socket or device, none of which is
 /// opened at all.
 FileDescriptor OpenRegularFile(const std::string& path);
+
+/// The content of the regular file `path`, links followed. Nothing when it cannot be read or has
+/// more than `limit` bytes.
+std::optional<std::string> ReadRegularFile(const std::string& path, std::size_t limit);
 
 }  // namespace platform
 

@@ -26,4 +26,6 @@ elseif(CMAKE_SYSTEM_NAME STREQUAL "Linux")
 else()
   message(FATAL_ERROR "There is no platform/ for ${CMAKE_SYSTEM_NAME}.")
 endif()
-list(APPEND PLATFORM_SOURCES platform/posix/file_descriptor.cpp platform/posix/file_type.cpp)
+list(APPEND PLATFORM_SOURCES
+  platform/posix/file_descriptor.cpp platform/posix/file_type.cpp
+  platform/posix/standard_error.cpp)

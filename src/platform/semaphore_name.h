@@ -10,6 +10,9 @@ namespace platform {
 /// always.
 std::string SemaphoreName(std::string name);
 
+/// The shell command by which a user removes the semaphore of that name, as SemaphoreName gave it.
+std::string SemaphoreRemoval(const std::string& name);
+
 }  // namespace platform
 
 #endif  // PLATFORM_SEMAPHORE_NAME_H_

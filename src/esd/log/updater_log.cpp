@@ -3,6 +3,7 @@
 #include "esd/log/log_target_registry.h"
 #include "esd/util/format_string.h"
 #include "esd/util/path.h"
+#include "platform/file_type.h"
 #include "welko/log_level.h"
 #include "welko/log_target_default.h"
 
@@ -13,6 +14,7 @@ constexpr const char* kTargetName = "UPDATER";
 
 struct UpdaterLogState {
   welko::LogTargetDefault* logger = nullptr;  // never deleted: the registry holds it until the end
+  bool is_written = false;
   int configured_level = 0;
   std::string product;
   std::string component;
@@ -51,14 +53,22 @@ bool InitUpdaterLog(const std::string& logFilePath, int level, const std::string
   g_log.logger = new welko::LogTargetDefault(kTargetName);
   g_log.logger->SetLogLevel(TargetLevel(level));
   const bool has_file = SetTargetFile(*g_log.logger, logFilePath);
-  RegisterLogTarget(g_log.logger);
+  const bool is_open = RegisterLogTarget(g_log.logger);
   g_log.configured_level = level;
   g_log.product = product;
   g_log.component = component;
   g_log.sub_component = subComponent;
+  const auto size = platform::SizeOf(logFilePath);
   UpdaterLog(kBannerLevel, ">>> Vantre Updater Log Begin >>>");
+  // A target drops without a word what its disk or its lock does not take.
+  const bool is_taken = platform::SizeOf(logFilePath) != size;
+  const bool has_its_name =
+      has_file && platform::TypeOf(logFilePath) == platform::FileType::kRegular;
+  g_log.is_written = is_open && (is_taken || !has_its_name);
   return has_file;
 }
+
+bool IsUpdaterLogWritten() { return g_log.is_written; }
 
 void UpdaterLog(int level, const std::string& message) {
   if (g_log.configured_level < 1 || level > g_log.configured_level || g_log.logger == nullptr) {

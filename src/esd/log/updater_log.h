@@ -23,6 +23,10 @@ inline constexpr int kStepLevel = 3;     ///< the begin and the end of a step
 bool InitUpdaterLog(const std::string& logFilePath, int level, const std::string& product,
                     const std::string& component, const std::string& subComponent);
 
+/// Whether InitUpdaterLog could open the log's file and, where that is the one it was given, its
+/// banner reached it.
+bool IsUpdaterLogWritten();
+
 /// Writes `message` when the log's verbosity admits `level`, as do the others. At verbosity 5 to 9
 /// the target itself drops levels 3 and 4.
 void UpdaterLog(int level, const std::string& message);

@@ -30,7 +30,7 @@ class ResourceLocker::ResourceLockerPlat {
     constexpr int kAttempts = 100;
     constexpr useconds_t kPause = 10'000;
     if (IsLocked()) throw resource_lock_fail(resource_, "A resource is already being locked");
-    name_ = Name();
+    name_ = SemaphoreOf(resource_);
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
       // A signal between the two steps would end the process with the semaphore in place.
       signals_.Hold();
@@ -46,7 +46,7 @@ class ResourceLocker::ResourceLockerPlat {
     if (!IsLocked() && !force) {
       throw no_resource_lock("Resource unknown", "This object is not locking an item");
     }
-    return IsLocked() ? Remove(name_) : Remove(Name());
+    return IsLocked() ? Remove(name_) : Remove(SemaphoreOf(resource_));
   }
 
   bool IsLocked() const { return semaphore_ != SEM_FAILED; }
@@ -61,11 +61,6 @@ class ResourceLocker::ResourceLockerPlat {
     // Where there is nothing to remove, there is nothing to be left behind either.
     signals_.Deliver();
     return removed;
-  }
-
-  std::string Name() const {
-    const std::array<unsigned char, 16> digest = platform::Md5Digest(resource_);
-    return platform::SemaphoreName(EncodeBase64(digest.data(), digest.size()));
   }
 
   sem_t* semaphore_ = SEM_FAILED;
@@ -83,5 +78,10 @@ ResourceLocker::~ResourceLocker() = default;
 bool ResourceLocker::Lock() { return plat_->Lock(); }
 bool ResourceLocker::Unlock(bool force) { return plat_->Unlock(force); }
 bool ResourceLocker::IsLocked() { return plat_->IsLocked(); }
+
+std::string ResourceLocker::SemaphoreOf(const std::string& resource) {
+  const std::array<unsigned char, 16> digest = platform::Md5Digest(resource);
+  return platform::SemaphoreName(EncodeBase64(digest.data(), digest.size()));
+}
 
 }  // namespace esd

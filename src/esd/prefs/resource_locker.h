@@ -30,6 +30,9 @@ class ResourceLocker : public LockPolicyInterface {
   bool Unlock(bool force) override;
   bool IsLocked() override;
 
+  /// The name of the semaphore that is the lock on `resource`, as the system takes it.
+  static std::string SemaphoreOf(const std::string& resource);
+
  private:
   class ResourceLockerPlat;
   std::unique_ptr<ResourceLockerPlat> plat_;

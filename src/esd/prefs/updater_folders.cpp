@@ -1,9 +1,11 @@
 #include "esd/prefs/updater_folders.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <initializer_list>
+#include <utility>
 
 #include "esd/util/file_info.h"
 #include "esd/util/folder_tree.h"
@@ -13,6 +15,8 @@
 namespace esd {
 namespace {
 
+constexpr mode_t kSharedMode = 0775;
+
 std::string g_prefs_folder_override;
 
 // Makes `path` when it is missing, with the permission bits of `above`.
@@ -20,8 +24,28 @@ bool EnsureFolder(const std::string& path, const std::string& above, bool shared
   std::uint16_t bits = 0774;
   GetPermissionMode(above, bits);
   if (ObjectExistsAtPath(path)) return true;
-  if (!CreateFolderTree(path)) return false;
-  return shared ? MakeSharedWritable(path) : chmod(path.c_str(), bits) == 0;
+  return CreateFolderTree(path, shared ? kSharedMode : mode_t{bits});
+}
+
+// Whether a folder, and no link to one, stands at `path` which nobody but this process's user can
+// write to.
+bool IsOwnFolder(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+         status.st_uid == geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
+// The updater's folder below the machine's temporary one, made when it is missing. Everybody can
+// make folders there, and whoever made this one would tell the run which files to write to.
+std::optional<std::string> FindOwnTemporaryFolder() {
+  std::string path;
+  if (!GetSpecialFolder(kLocalTemporary, path, true)) return std::nullopt;
+  for (const char* name : {"Vantre", "OrlanUpdater", "1.0"}) {
+    path = JoinPath(path, name);
+    MakePrivateFolder(path);
+    if (!IsOwnFolder(path)) return std::nullopt;
+  }
+  return path;
 }
 
 std::string JoinParts(std::string path, std::initializer_list<const char*> parts) {
@@ -51,8 +75,11 @@ bool GetUpdaterPrefsFolder(std::string& out) {
     out = g_prefs_folder_override;
     return true;
   }
-  return GetUpdaterFolder(kUserApplicationSupport, out, false) ||
-         GetUpdaterFolder(kLocalTemporary, out, false);
+  if (GetUpdaterFolder(kUserApplicationSupport, out, false)) return true;
+  std::optional<std::string> folder = FindOwnTemporaryFolder();
+  if (!folder) return false;
+  out = *std::move(folder);
+  return true;
 }
 
 void SetUpdaterPrefsFolderOverride(const std::string& path) { g_prefs_folder_override = path; }

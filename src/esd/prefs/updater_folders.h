@@ -17,8 +17,10 @@ bool EnsureUpdaterFolder(std::string& path, bool shared);
 bool GetUpdaterFolder(unsigned kind, std::string& out, bool shared);
 
 /// Gives in `out` the folder of the updater's preferences and logs: the override when one is set,
-/// else the updater's folder below the user's application support, else below the machine's
-/// temporary folder. On false `out` is untouched.
+/// else the updater's folder below the user's application support, else the one below the machine's
+/// temporary folder. That one counts only when all three folders are real ones of the effective
+/// user's which nobody else can write to; those that are made are open to that user alone. On false
+/// `out` is untouched.
 bool GetUpdaterPrefsFolder(std::string& out);
 
 /// Uses `path` as the updater preferences folder for the rest of the process, as it is; an empty

@@ -1,5 +1,7 @@
 #include "esd/prefs/updater_prefs.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <istream>
 #include <optional>
@@ -15,6 +17,9 @@
 namespace esd {
 namespace {
 
+constexpr std::size_t kStampLimit = 4096;
+constexpr char kBlanks[] = " \t\n\v\f\r";
+
 std::string PrefsFolderOrEmpty() {
   std::string folder;
   GetUpdaterPrefsFolder(folder);
@@ -27,13 +32,19 @@ std::string PrefsFilePath(bool variant) {
   return *path;
 }
 
-// The first word of the file `path`; nothing when there is no such file or no word in it.
+// The first word of the file `path`; nothing when there is no such file, or no word that ends
+// within kStampLimit bytes: half a word would be no stamp, and must not cost the preferences.
 std::optional<std::string> ReadFirstWord(const std::string& path) {
   ESDifstream file(path, "rb");
   std::istream& stream = *file.stream();
-  std::string word;
-  if (!file.stream()->is_open() || !stream.seekg(0) || !(stream >> word)) return std::nullopt;
-  return word;
+  if (!file.stream()->is_open() || !stream.seekg(0)) return std::nullopt;
+  std::string start(kStampLimit + 1, '\0');
+  stream.read(start.data(), static_cast<std::streamsize>(start.size()));
+  start.resize(static_cast<std::size_t>(stream.gcount()));
+  const std::size_t begin = start.find_first_not_of(kBlanks);
+  const std::size_t end = std::min(start.find_first_of(kBlanks, begin), start.size());
+  if (begin == std::string::npos || end > kStampLimit) return std::nullopt;
+  return start.substr(begin, end - begin);
 }
 
 }  // namespace
@@ -69,7 +80,7 @@ void VantreUpdaterPrefs::ReconcileUninstallStamp(bool variant) {
   const std::optional<std::string> stamp = ReadFirstWord(*stamp_path);
   std::string known_stamp;
   if (!stamp || !uninstallts_.Get(known_stamp) || *stamp == known_stamp) return;
-  DeletePath(PrefsFilePath(variant));
+  DeleteFile(PrefsFilePath(variant));
   LoadFile(variant);
   uninstallts_.Set(*stamp);
 }

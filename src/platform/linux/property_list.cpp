@@ -1,11 +1,11 @@
 #include <plist/plist.h>
 
+#include <cstdint>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
-#include <sstream>
 
 #include "platform/bundle.h"
+#include "platform/file_descriptor.h"
 #include "platform/linux/late_library.h"
 
 namespace platform {
@@ -19,10 +19,8 @@ Function* PlistFunction(const char* name) {
 }  // namespace
 
 std::optional<std::string> ReadPropertyListString(const std::string& path, const std::string& key) {
-  std::ostringstream read;
-  read << std::ifstream(path, std::ios::binary).rdbuf();  // fails for a folder, too
-  const std::string bytes = read.str();
-  if (!read || bytes.empty()) return std::nullopt;
+  const std::optional<std::string> bytes = ReadRegularFile(path, kPropertyListLimit);
+  if (!bytes || bytes->empty()) return std::nullopt;
 
   const auto from_memory = PlistFunction<decltype(plist_from_memory)>("plist_from_memory");
   const auto release = PlistFunction<decltype(plist_free)>("plist_free");
@@ -32,7 +30,7 @@ std::optional<std::string> ReadPropertyListString(const std::string& path, const
   if (!from_memory || !release || !type_of || !item || !string_of) return std::nullopt;
 
   plist_t root = nullptr;
-  from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root);
+  from_memory(bytes->data(), static_cast<std::uint32_t>(bytes->size()), &root);
   const std::unique_ptr<void, decltype(release)> list(root, release);
   if (!list || type_of(list.get()) != PLIST_DICT) return std::nullopt;
   const plist_t value = item(list.get(), key.c_str());

@@ -10,4 +10,9 @@ std::string SemaphoreName(std::string name) {
   return "/" + name;
 }
 
+// The C library keeps the semaphore "/name" as this file.
+std::string SemaphoreRemoval(const std::string& name) {
+  return "rm '/dev/shm/sem." + name.substr(1) + "'";
+}
+
 }  // namespace platform

@@ -1,8 +1,21 @@
 #include "platform/bundle.h"
 
+#include "platform/file_descriptor.h"
 #include "platform/macos/text.h"
 
 namespace platform {
+namespace {
+
+// The root of a property list, XML or binary; nil when the bytes are none.
+id ParsePropertyList(const std::string& bytes) {
+  NSData* data = [NSData dataWithBytes:bytes.data() length:bytes.size()];
+  return [NSPropertyListSerialization propertyListWithData:data
+                                                   options:NSPropertyListImmutable
+                                                    format:nullptr
+                                                     error:nullptr];
+}
+
+}  // namespace
 
 std::string MainExecutablePath() {
   @autoreleasepool {
@@ -24,9 +37,10 @@ std::string StandardizePath(const std::string& path) {
 
 std::optional<std::string> ReadPropertyListString(const std::string& path, const std::string& key) {
   @autoreleasepool {
-    NSString* file = ToNSString(path);
-    if (file == nil) return std::nullopt;
-    NSDictionary* list = [NSDictionary dictionaryWithContentsOfFile:file];
+    const std::optional<std::string> bytes = ReadRegularFile(path, kPropertyListLimit);
+    if (!bytes) return std::nullopt;
+    id list = ParsePropertyList(*bytes);
+    if (![list isKindOfClass:[NSDictionary class]]) return std::nullopt;
     id value = [list objectForKey:ToNSString(key)];
     if (![value isKindOfClass:[NSString class]]) return std::nullopt;
     return ToUtf8(value);

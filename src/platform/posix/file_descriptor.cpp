@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 
 namespace platform {
@@ -26,6 +28,21 @@ FileDescriptor OpenRegularFile(const std::string& path) {
   }
   errno = EISDIR;
   return FileDescriptor();
+}
+
+std::optional<std::string> ReadRegularFile(const std::string& path, std::size_t limit) {
+  const FileDescriptor file = OpenRegularFile(path);
+  if (!file) return std::nullopt;
+  std::string content;
+  std::array<char, 4096> block{};
+  // Its size alone would not tell: the file may grow meanwhile.
+  while (content.size() <= limit) {
+    const ssize_t size = read(file.number(), block.data(), block.size());
+    if (size == 0) return content;
+    if (size < 0 && errno != EINTR) return std::nullopt;
+    content.append(block.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+  }
+  return std::nullopt;
 }
 
 }  // namespace platform

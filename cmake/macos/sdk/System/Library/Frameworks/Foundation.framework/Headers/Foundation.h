@@ -20,9 +20,23 @@
 @interface NSArray : NSObject <NSFastEnumeration>
 @end
 
+@interface NSData : NSObject
++ (instancetype)dataWithBytes:(const void*)bytes length:(unsigned long)length;
+@end
+
 @interface NSDictionary : NSObject
-+ (NSDictionary*)dictionaryWithContentsOfFile:(NSString*)path;
 - (id)objectForKey:(id)key;
+@end
+
+enum : unsigned long { NSPropertyListImmutable = 0 };
+
+@class NSError;
+
+@interface NSPropertyListSerialization : NSObject
++ (id)propertyListWithData:(NSData*)data
+                   options:(unsigned long)options
+                    format:(unsigned long*)format
+                     error:(NSError**)error;
 @end
 
 @interface NSBundle : NSObject
