@@ -40,8 +40,8 @@ class FileDescriptor {
 /// opened at all.
 FileDescriptor OpenRegularFile(const std::string& path);
 
-/// The content of the regular file `path`, links followed. Nothing when it cannot be read or has
-/// more than `limit` bytes.
+/// The content of the regular file `path`, links followed. Nothing, with errno telling why, when it
+/// cannot be read; errno is EFBIG when it has more than `limit` bytes.
 std::optional<std::string> ReadRegularFile(const std::string& path, std::size_t limit);
 
 }  // namespace platform

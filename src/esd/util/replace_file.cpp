@@ -11,7 +11,7 @@
 #include <climits>
 #include <cstdio>
 #include <initializer_list>
-#include <iterator>
+#include <limits>
 #include <memory>
 
 #include "esd/util/path.h"
@@ -165,23 +165,10 @@ struct CloseFolder {
   void operator()(DIR* folder) const { closedir(folder); }
 };
 
-// Nothing, with errno telling why, when the file cannot be read.
-std::optional<std::string> ReadAll(const std::string& path) {
-  const FileDescriptor file = platform::OpenRegularFile(path);
-  if (!file) return std::nullopt;
-  std::string bytes;
-  char block[16384];
-  ssize_t size = 0;
-  while ((size = read(file.number(), block, sizeof block)) != 0) {
-    if (size < 0 && errno != EINTR) return std::nullopt;
-    if (size > 0) bytes.append(block, static_cast<std::size_t>(size));
-  }
-  return bytes;
-}
-
 std::optional<FileStamp> WriteOver(const std::string& path, const FileDescriptor& former,
                                    std::string_view bytes, std::uint64_t later_than) {
-  const std::optional<std::string> former_bytes = ReadAll(path);
+  const std::optional<std::string> former_bytes =
+      platform::ReadRegularFile(path, std::numeric_limits<std::size_t>::max());
   // What may not be read has always been replaced all the same.
   if (!former_bytes && !ErrorIsOneOf({EACCES, EPERM})) return std::nullopt;
   const std::optional<FileStamp> former_stamp = platform::StampOf(former.number());

@@ -42,6 +42,7 @@ std::optional<std::string> ReadRegularFile(const std::string& path, std::size_t 
     if (size < 0 && errno != EINTR) return std::nullopt;
     content.append(block.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
   }
+  errno = EFBIG;
   return std::nullopt;
 }
 
