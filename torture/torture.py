@@ -24,7 +24,7 @@ import models
 import power
 import writers
 
-MODULES = (kills, limits, calls, allocations, power, writers, models)
+MODULES = (models, kills, limits, calls, allocations, power, writers)
 UNNAMED = re.compile(r"sem\.\w{6}")
 
 
