@@ -20,13 +20,15 @@
 #include <cstdlib>
 #include <cstring>
 
+// The names are glibc's.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
-// glibc's own allocator.
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
@@ -81,6 +83,7 @@ int CountedMain(int count, char** arguments, char** environment) {
 
 extern "C" {
 
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 int __libc_start_main(Main main, int count, char** arguments, void (*start)(), void (*end)(),
                       void (*loader_end)(), void* stack_end) {
   g_main = main;
