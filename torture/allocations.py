@@ -5,7 +5,7 @@ import signal
 
 from machine import LEFT_BY_SEM_OPEN, Tally, spread
 
-# The run ends there, with nothing lost: nobody above the log catches what it throws.
+# The run ends there, with nothing lost: there is no memory for its way out either.
 NOT_CAUGHT = "ended by SIGABRT"
 
 
