@@ -22,9 +22,10 @@ import limits
 import machine
 import models
 import power
+import used_up
 import writers
 
-MODULES = (models, kills, limits, calls, allocations, power, writers)
+MODULES = (models, kills, limits, calls, allocations, used_up, power, writers)
 UNNAMED = re.compile(r"sem\.\w{6}")
 
 

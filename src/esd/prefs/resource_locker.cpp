@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstddef>
+#include <new>
 #include <utility>
 
 #include "esd/prefs/held_signals.h"
@@ -14,6 +16,20 @@
 #include "platform/semaphore_name.h"
 
 namespace esd {
+namespace {
+
+// glibc's sem_open asks for two small blocks after it has made the semaphore, and leaves it behind
+// when it gets none. It gets those that this thread gave back last: one of each size.
+void FreeSmallBlocks() {
+  constexpr std::size_t kSmallest = 24;
+  constexpr std::size_t kLargest = 120;
+  constexpr std::size_t kStep = 16;
+  for (std::size_t size = kSmallest; size <= kLargest; size += kStep) {
+    ::operator delete(::operator new(size));
+  }
+}
+
+}  // namespace
 
 class ResourceLocker::ResourceLockerPlat {
  public:
@@ -31,6 +47,7 @@ class ResourceLocker::ResourceLockerPlat {
     constexpr useconds_t kPause = 10'000;
     if (IsLocked()) throw resource_lock_fail(resource_, "A resource is already being locked");
     name_ = SemaphoreOf(resource_);
+    FreeSmallBlocks();
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
       // A signal between the two steps would end the process with the semaphore in place.
       signals_.Hold();
