@@ -45,6 +45,28 @@ bool SetTargetFile(welko::LogTargetDefault& target, const std::string& path) {
   return true;
 }
 
+// A message holds texts of others, and one with a line break could pass for two lines. What the
+// target hides stays hidden: no tag and no part of a token that it looks for has such a character.
+std::string OnOneRow(const std::string& message) {
+  constexpr const char* kDigits = "0123456789abcdef";
+  std::string row;
+  row.reserve(message.size());
+  for (const char c : message) {
+    if (c == '\n') {
+      row += "\\n";
+    } else if (c == '\r') {
+      row += "\\r";
+    } else if (c == '\t') {
+      row += "\\t";
+    } else if ((c > 0 && c < 0x20) || c == 0x7f) {
+      row.append("\\x").append(1, kDigits[c / 16]).append(1, kDigits[c % 16]);
+    } else {
+      row += c;
+    }
+  }
+  return row;
+}
+
 }  // namespace
 
 bool InitUpdaterLog(const std::string& logFilePath, int level, const std::string& product,
@@ -80,7 +102,7 @@ void UpdaterLog(int level, const std::string& message) {
                                      g_log.extra.c_str(),
                                      "",
                                      ""};
-  WriteToTargets(kTargetName, TargetLevel(level), context, message.c_str(), nullptr, 0);
+  WriteToTargets(kTargetName, TargetLevel(level), context, OnOneRow(message).c_str(), nullptr, 0);
 }
 
 void UpdaterLogValue(int level, const std::string& label, const std::string& value) {

@@ -28,7 +28,8 @@ bool InitUpdaterLog(const std::string& logFilePath, int level, const std::string
 bool IsUpdaterLogWritten();
 
 /// Writes `message` when the log's verbosity admits `level`, as do the others. At verbosity 5 to 9
-/// the target itself drops levels 3 and 4.
+/// the target itself drops levels 3 and 4. One message is one row of the file: control characters
+/// are written as `\n`, `\r`, `\t`, else as `\x` and two hexadecimal digits.
 void UpdaterLog(int level, const std::string& message);
 /// Writes `label` = `value`.
 void UpdaterLogValue(int level, const std::string& label, const std::string& value);
