@@ -2,6 +2,7 @@
 
 #include <sys/ipc.h>
 #include <sys/sem.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <iterator>
@@ -14,10 +15,21 @@ constexpr int kNoSet = -1;
 constexpr int kAttempts = 100;  // against others that remove the set meanwhile
 constexpr unsigned short kAttached = 0;
 constexpr unsigned short kFree = 1;
+constexpr int kMostCounted = 32767;  // SEMVMX, beyond which some systems refuse to count
 
 // Whether the last operation failed because the set is gone: semop(2) gives the one error to a
 // waiting caller, the other to one that comes later.
 bool WasRemoved() { return errno == EIDRM || errno == EINVAL; }
+
+// A program that makes a set in one call and gives it its value in the next one must not find the
+// value given already. It is taken for dead when it needs longer than this.
+void WaitForMaker(int set) {
+  constexpr int kMilliseconds = 10;
+  for (int turn = 0; turn < kMilliseconds; ++turn) {
+    if (semctl(set, kAttached, GETVAL) != 0 || semctl(set, kFree, GETVAL) != 0) return;
+    usleep(1000);
+  }
+}
 
 }  // namespace
 
@@ -32,7 +44,11 @@ LogFileLock::~LogFileLock() {
   // meanwhile must not hold a lock that is about to be removed.
   sembuf take_over[] = {
       {kAttached, 0, IPC_NOWAIT}, {kAttached, 1, IPC_NOWAIT}, {kFree, -1, IPC_NOWAIT | SEM_UNDO}};
-  if (semop(set_, take_over, std::size(take_over)) == 0) semctl(set_, 0, IPC_RMID);
+  if (semop(set_, take_over, std::size(take_over)) != 0) return;
+  if (semctl(set_, 0, IPC_RMID) == 0) return;
+  // Another user's set cannot be removed: it stays, for others to take.
+  Operate(kFree, 1, SEM_UNDO);
+  Operate(kAttached, -1, IPC_NOWAIT);
 }
 
 bool LogFileLock::Acquire() {
@@ -49,28 +65,42 @@ void LogFileLock::Release() {
   if (!Operate(kFree, 1, SEM_UNDO) && !WasRemoved()) set_ = kNoSet;
 }
 
-// One step prepares a new set, and only one that nobody has used: it frees the file and counts this
-// process at once, or fails. So no process ever sees a set half made, however many start together
-// and wherever one is killed.
 bool LogFileLock::Attach() {
   const key_t key = ftok(path_.c_str(), kProjectId);
-  set_ = kNoSet;
   counted_ = false;
   for (int attempt = 0; attempt < kAttempts && key != -1; ++attempt) {
-    set_ = semget(key, 2, IPC_CREAT | 0666);
+    set_ = semget(key, 2, IPC_CREAT | IPC_EXCL | 0666);
+    const bool is_own = set_ != kNoSet;
+    if (!is_own && errno == EEXIST) set_ = semget(key, 2, 0666);
+    if (set_ == kNoSet && errno == ENOENT) continue;  // removed between the two calls
     if (set_ == kNoSet) return false;
-    sembuf prepare[] = {{kAttached, 0, IPC_NOWAIT},
-                        {kFree, 0, IPC_NOWAIT},
-                        {kFree, 1, IPC_NOWAIT},
-                        {kAttached, 1, IPC_NOWAIT}};
-    counted_ = semop(set_, prepare, std::size(prepare)) == 0 || Operate(kAttached, 1, IPC_NOWAIT);
-    // The count runs full after 32,767 processes that ended without detaching: the lock works all
-    // the same.
-    if (counted_ || errno == ERANGE) return true;
-    set_ = kNoSet;
+    if (!is_own) WaitForMaker(set_);
+    if (Prepare() || (errno == EAGAIN && Count())) return true;
     if (!WasRemoved()) break;
   }
+  set_ = kNoSet;
   return false;
+}
+
+// One step prepares a new set, and only one that nobody has used: it frees the file and counts this
+// process at once, or fails, with EAGAIN where others are attached. So no process of ours ever sees
+// a set half made, however many start together and wherever one is killed.
+bool LogFileLock::Prepare() {
+  sembuf prepare[] = {{kAttached, 0, IPC_NOWAIT},
+                      {kFree, 0, IPC_NOWAIT},
+                      {kFree, 1, IPC_NOWAIT},
+                      {kAttached, 1, IPC_NOWAIT}};
+  counted_ = semop(set_, prepare, std::size(prepare)) == 0;
+  return counted_;
+}
+
+// The count runs full after 32,767 processes that ended without detaching. Whoever comes then uses
+// the lock uncounted: not every system bounds the count, and one that began again at 0 would make
+// a set in use look like a new one.
+bool LogFileLock::Count() {
+  const bool is_full = semctl(set_, kAttached, GETVAL) >= kMostCounted;
+  counted_ = !is_full && Operate(kAttached, 1, IPC_NOWAIT);
+  return counted_ || is_full || errno == ERANGE;
 }
 
 bool LogFileLock::Operate(unsigned short semaphore, short change, short flags) {

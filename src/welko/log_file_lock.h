@@ -30,10 +30,12 @@ class LogFileLock {
     LogFileLock* const lock_;
   };
 
-  /// Attaches to the set of the existing file `path`, which is made when there is none. A failure
-  /// leaves a lock that cannot be taken.
+  /// Attaches to the set of the existing file `path`, which is made when there is none. A set that
+  /// another process made and did not prepare is waited for, 10 milliseconds at most. A failure
+  /// leaves a lock that cannot be taken, and the set as it was.
   explicit LogFileLock(const std::string& path);
-  /// Detaches; the last process to do so removes the set. Without it the set stays in the system.
+  /// Detaches; the last process to do so removes the set if it may. Without it the set stays in the
+  /// system.
   ~LogFileLock();
   LogFileLock(const LogFileLock&) = delete;
   LogFileLock& operator=(const LogFileLock&) = delete;
@@ -45,6 +47,8 @@ class LogFileLock {
 
  private:
   bool Attach();
+  bool Prepare();
+  bool Count();
   bool Operate(unsigned short semaphore, short change, short flags);
 
   const std::string path_;
