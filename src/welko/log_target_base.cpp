@@ -1,11 +1,13 @@
 #include "welko/log_target_base.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <optional>
 
 #include "platform/console_user.h"
+#include "platform/file_descriptor.h"
 #include "platform/file_type.h"
 #include "welko/library_logs.h"
 #include "welko/log_level.h"
@@ -15,26 +17,37 @@
 namespace welko {
 namespace {
 
+using platform::FileDescriptor;
+
+FileDescriptor OpenFolder(int parent, const char* path, int link_flag) {
+  return FileDescriptor(openat(parent, path, O_RDONLY | O_DIRECTORY | O_CLOEXEC | link_flag));
+}
+
 // A link in the folder's place stays as it is, and so does what it points to.
-void ShareWithConsoleUser(const std::string& folder, const platform::ConsoleUser& user) {
-  if (platform::TypeOfLink(folder) != platform::FileType::kFolder) return;
-  [[maybe_unused]] const int ignored = chown(folder.c_str(), user.uid, user.gid);
-  chmod(folder.c_str(), 0777);
+void ShareWithConsoleUser(int parent, const char* path, const platform::ConsoleUser& user) {
+  const FileDescriptor folder = OpenFolder(parent, path, O_NOFOLLOW);
+  if (!folder) return;
+  [[maybe_unused]] const int ignored = fchown(folder.number(), user.uid, user.gid);
+  fchmod(folder.number(), 0777);
 }
 
 std::optional<std::string> FindSuiteLogsFolder() {
   const std::optional<std::string> logs = GetConsoleUserLogsFolder();
   if (!logs) return std::nullopt;
-  const std::string suite = *logs + "/Lumora";
-  const std::string desk = suite + "/Lumdesk";
-  if (platform::TypeOf(desk) == platform::FileType::kFolder) return desk;
-  mkdir(suite.c_str(), 0777);
-  mkdir(desk.c_str(), 0777);
+  const std::string suite_path = *logs + "/Lumora";
+  const std::string desk_path = suite_path + "/Lumdesk";
+  if (platform::TypeOf(desk_path) == platform::FileType::kFolder) return desk_path;
+  mkdir(suite_path.c_str(), 0777);
+  // A user's own link is followed; others may have laid one for root.
+  const int link_flag = geteuid() == 0 ? O_NOFOLLOW : 0;
+  const FileDescriptor suite = OpenFolder(AT_FDCWD, suite_path.c_str(), link_flag);
+  if (!suite) return desk_path;
+  mkdirat(suite.number(), "Lumdesk", 0777);
   if (const std::optional<platform::ConsoleUser> user = platform::FindConsoleUser()) {
-    ShareWithConsoleUser(suite, *user);
-    ShareWithConsoleUser(desk, *user);
+    ShareWithConsoleUser(AT_FDCWD, suite_path.c_str(), *user);
+    ShareWithConsoleUser(suite.number(), "Lumdesk", *user);
   }
-  return desk;
+  return desk_path;
 }
 
 }  // namespace
