@@ -39,7 +39,7 @@ std::string FormatLocalTime(const char* format, std::int64_t seconds) {
 }
 
 std::string FormatLogLine(std::int64_t time_ms, int level, const LogContext& context,
-                          const std::string& thread_id, std::string message,
+                          std::string_view thread_id, std::string message,
                           const std::string& separator,
                           const std::vector<std::string>& masked_keys) {
   if (HoldsToken(message)) {

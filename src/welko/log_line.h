@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace welko {
@@ -23,7 +24,7 @@ std::string FormatLocalTime(const char* format, std::int64_t seconds);
 /// masked. A message that holds an access token is replaced whole, and its line carries the level
 /// WARN. The time is `time_ms` in milliseconds since the epoch; `thread_id` is printed as it is.
 std::string FormatLogLine(std::int64_t time_ms, int level, const LogContext& context,
-                          const std::string& thread_id, std::string message,
+                          std::string_view thread_id, std::string message,
                           const std::string& separator,
                           const std::vector<std::string>& masked_keys);
 

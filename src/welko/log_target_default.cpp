@@ -1,12 +1,17 @@
 #include "welko/log_target_default.h"
 
+#include <fcntl.h>
+#include <pthread.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 #include <optional>
 
+#include "platform/file_descriptor.h"
 #include "platform/file_type.h"
 #include "platform/system_version.h"
 #include "platform/thread_id.h"
@@ -41,6 +46,27 @@ std::string FormatMessage(const char* format, std::va_list* arguments) {
   return message;
 }
 
+// The calling thread's id, which most systems are asked for by a system call. Nothing that is
+// destroyed before the last line is written.
+const char* ThreadIdText() {
+  thread_local char text[sizeof "18446744073709551615"] = "";
+  // A child process has a thread of its own id, which begins as a copy of this one.
+  [[maybe_unused]] static const int registered =
+      pthread_atfork(nullptr, nullptr, [] { text[0] = '\0'; });
+  if (text[0] == '\0') {
+    std::snprintf(text, sizeof text, "%" PRIu64, platform::CurrentThreadId());
+  }
+  return text;
+}
+
+// Whether what is written to the file next stands on a row that was begun already.
+bool EndsWithinARow(const std::string& path) {
+  const platform::FileDescriptor file = platform::OpenRegularFile(path);
+  const off_t size = lseek(file.number(), 0, SEEK_END);
+  char last = '\0';
+  return size != 0 && (pread(file.number(), &last, 1, size - 1) != 1 || last != '\n');
+}
+
 }  // namespace
 
 LogTargetDefault::LogTargetDefault(const char* name) {
@@ -55,13 +81,16 @@ LogTargetDefault::LogTargetDefault(const char* name) {
 LogTargetDefault::~LogTargetDefault() { LogTargetDefault::Close(); }
 
 bool LogTargetDefault::OpenStream(std::fstream& stream) {
-  const bool existed = platform::IsFound(platform::TypeOfLink(file_path_));
   if (stream.is_open()) stream.close();
   if (platform::IsOtherThanFile(file_path_)) return false;
-  stream.open(file_path_, std::ios::out | std::ios::app);
-  if (!existed && stream.good() && chmod(file_path_.c_str(), 0666) != 0) {
-    std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));
+  {
+    const platform::FileDescriptor made(
+        open(file_path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (made && fchmod(made.number(), 0666) != 0) {
+      std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));
+    }
   }
+  stream.open(file_path_, std::ios::out | std::ios::app);
   return stream.good();
 }
 
@@ -97,16 +126,17 @@ bool LogTargetDefault::Log(int level, const LogContext& context, const char* for
     if (last_message_time_ - last_check_ >= kSecondsBetweenChecks && CheckRollOver()) {
       last_check_ = last_message_time_;
     }
+    MendStream();
     // Only now, under the lock, is it certain that nobody else writes the header.
     if (IsFileEmpty()) WriteHeader(kLogInfo, context, nullptr);
   }
 
   if (time_ms == 0) time_ms = NowMilliseconds();
   last_message_time_ = time_ms / 1000;
-  const std::string thread_id = thread_ids_ ? std::to_string(platform::CurrentThreadId()) : "";
-  const std::string message = FormatMessage(format, arguments);
+  const char* const thread_id = thread_ids_ ? ThreadIdText() : "";
   const std::string line =
-      FormatLogLine(time_ms, level, context, thread_id, message, separator_, masked_keys_);
+      FormatLogLine(time_ms, level, context, thread_id, FormatMessage(format, arguments),
+                    separator_, masked_keys_);
   WriteLine(line.c_str());
   return true;
 }
@@ -123,9 +153,18 @@ void LogTargetDefault::WriteHeader(int level, const LogContext& context,
 }
 
 void LogTargetDefault::WriteLine(const char* text) {
+  MendStream();
   if (text != nullptr) stream_ << text;
   stream_ << std::endl;
+  // Else what the stream still holds would follow at a later time.
+  if (!stream_.good()) stream_.close();
   if (text == nullptr) stream_.setstate(std::ios::failbit);
+}
+
+// Makes the stream good again after a failure, which may have left a part of a line in the file.
+void LogTargetDefault::MendStream() {
+  if (!opened_ || stream_.good()) return;
+  if (OpenStream(stream_) && !IsFileEmpty() && EndsWithinARow(file_path_)) stream_.put('\n');
 }
 
 // True when the file can be written afterwards, or did not need rolling over. Call with the lock

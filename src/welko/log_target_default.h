@@ -32,18 +32,20 @@ class LogTargetDefault : public LogTargetBase {
   /// Without a path the file lies in the console user's logs folder.
   bool Open() override;
   bool Close() override;
-  /// A line is dropped without notice when the target is not open, when its file was refused, and
-  /// when the file's lock cannot be taken.
+  /// A line is dropped without notice when the target is not open, when its file was refused, when
+  /// the file's lock cannot be taken, and when it cannot be written. The next line is tried again,
+  /// on a row of its own.
   bool Log(int level, const LogContext& context, const char* format, std::va_list* arguments,
            std::int64_t time_ms, bool use_lock) override;
   void WriteHeader(int level, const LogContext& context, const HeaderBlock* replacement) override;
   /// Writes `text` and a newline, and flushes. A null text writes the newline alone and puts the
-  /// stream into its failure state.
+  /// stream into its failure state, which the next line ends.
   virtual void WriteLine(const char* text);
 
  private:
   bool CheckRollOver();
   bool IsFileEmpty();
+  void MendStream();
 
   std::unique_ptr<LogFileLock> file_lock_;
   HeaderBlock header_;
