@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -53,6 +54,29 @@ TEST_F(SuiteLogs, AreTheConsoleUsersAndOpenToAllOnlyWhereTheyAreMade) {
     EXPECT_TRUE(welko::LogTargetDefault("T").SetLogFile("", nullptr));
     EXPECT_EQ(Rights(outer), row.expected) << "which are the rights of " << outer;
     EXPECT_EQ(Rights(inner), row.expected) << "which are the rights of " << inner;
+  }
+}
+
+// What a link leads to is a user's own, but for root others may have laid it.
+TEST_F(SuiteLogs, BehindALinkAreMadeByItsUserAndNotByRoot) {
+  fs::permissions(top, fs::perms{0755});
+  const fs::path logs = home / "Library/Logs", elsewhere = top / "elsewhere";
+  for (const uid_t user : {geteuid(), geteuid() == 0 ? 65534 : geteuid()}) {
+    SCOPED_TRACE("user " + std::to_string(user));
+    for (const fs::path& folder : {logs, elsewhere}) {
+      fs::remove_all(folder);
+      fs::create_directories(folder);
+      EXPECT_EQ(chown(folder.c_str(), user, gid_t(-1)), 0);
+    }
+    fs::create_directory_symlink(elsewhere, logs / "Lumora");
+    ExpectInChild([&] {
+      ASSERT_EQ(setuid(user), 0);
+      platform::g_console = platform::ConsoleUser{user, getegid()};
+      EXPECT_EQ(welko::LogTargetDefault("T").SetLogFile("", nullptr), user != 0);
+    });
+    EXPECT_THAT(Rights(elsewhere), testing::StartsWith("mode 0755")) << "what the link leads to";
+    EXPECT_THAT(Rights(elsewhere / "Lumdesk"),
+                testing::StartsWith(user == 0 ? "nothing" : "mode 0777"));
   }
 }
 
