@@ -206,6 +206,7 @@ TEST_F(LogFault, LockIsLeftToOthersWhereItsSetCannotBePrepared) {
       EXPECT_FALSE(welko::LogFileLock::Hold(&lock));
     });
     EXPECT_EQ(Lock(), "0 attached, held") << "as it was made";
+    if (HasFailure()) break;  // a row can last as long as a deadline
   }
 }
 
