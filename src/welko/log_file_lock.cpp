@@ -75,7 +75,7 @@ bool LogFileLock::Attach() {
     if (set_ == kNoSet && errno == ENOENT) continue;  // removed between the two calls
     if (set_ == kNoSet) return false;
     if (!is_own) WaitForMaker(set_);
-    if (Prepare() || (errno == EAGAIN && Count())) return true;
+    if (Prepare() || (errno == EAGAIN && ((is_own && Insist()) || Count()))) return true;
     if (!WasRemoved()) break;
   }
   set_ = kNoSet;
@@ -90,6 +90,16 @@ bool LogFileLock::Prepare() {
                       {kFree, 0, IPC_NOWAIT},
                       {kFree, 1, IPC_NOWAIT},
                       {kAttached, 1, IPC_NOWAIT}};
+  counted_ = semop(set_, prepare, std::size(prepare)) == 0;
+  return counted_;
+}
+
+// A program that found this process's new set before it was prepared has counted itself, and waits
+// for a lock that nobody has ever freed. Only the maker may free it then: two others could do so in
+// turn.
+bool LogFileLock::Insist() {
+  if (semctl(set_, kFree, GETPID) != 0) return false;
+  sembuf prepare[] = {{kFree, 0, IPC_NOWAIT}, {kFree, 1, IPC_NOWAIT}, {kAttached, 1, IPC_NOWAIT}};
   counted_ = semop(set_, prepare, std::size(prepare)) == 0;
   return counted_;
 }

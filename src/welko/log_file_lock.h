@@ -48,6 +48,7 @@ class LogFileLock {
  private:
   bool Attach();
   bool Prepare();
+  bool Insist();
   bool Count();
   bool Operate(unsigned short semaphore, short change, short flags);
 
