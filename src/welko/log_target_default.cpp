@@ -13,6 +13,7 @@
 
 #include "platform/file_descriptor.h"
 #include "platform/file_type.h"
+#include "platform/standard_error.h"
 #include "platform/system_version.h"
 #include "platform/thread_id.h"
 #include "welko/library_logs.h"
@@ -87,7 +88,8 @@ bool LogTargetDefault::OpenStream(std::fstream& stream) {
     const platform::FileDescriptor made(
         open(file_path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (made && fchmod(made.number(), 0666) != 0) {
-      std::fprintf(stderr, "\n Error Set File permissions. errno = %s", std::strerror(errno));
+      platform::WriteToStandardError(std::string("\n Error Set File permissions. errno = ") +
+                                     std::strerror(errno));
     }
   }
   stream.open(file_path_, std::ios::out | std::ios::app);
