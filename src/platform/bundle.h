@@ -19,7 +19,7 @@ std::string MainBundlePath();
 std::string StandardizePath(const std::string& path);
 
 /// The size in bytes of the largest property list that is read.
-inline constexpr std::size_t kPropertyListLimit = 1024 * 1024;
+inline constexpr std::size_t kPropertyListLimit = std::size_t{1024} * 1024;
 
 /// The string under `key` of the dictionary in the property list `path`, XML or binary.
 /// Nothing when the file cannot be read, is no regular file, has more than kPropertyListLimit
