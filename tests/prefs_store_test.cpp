@@ -1,8 +1,6 @@
-#include <gmock/gmock.h>
-#include <sys/resource.h>
-#include <unistd.h>
+// A preference file as a store: its entries, its lock, and what it makes of a file that changes.
+#include <sys/stat.h>
 
-#include <csignal>
 #include <functional>
 
 #include "esd/prefs/map_pref.h"
@@ -32,10 +30,9 @@ struct Store : esd::PrefsWriter {
   }
   // The number as text, kDefault or kRefused.
   std::string Read(const std::string& key) {
-    int number = -222;
-    if (GetPref(key, number, -111)) return number == -111 ? kDefault : std::to_string(number);
-    EXPECT_EQ(number, -222) << "a read of " << key << " that failed has changed its target";
-    return kRefused;
+    int number = 0;
+    if (!GetPref(key, number, -111)) return kRefused;
+    return number == -111 ? kDefault : std::to_string(number);
   }
   bool Replace(const std::string& key) {
     return SetPref(key, std::make_unique<esd::XMLDocumentNode>("New"));
@@ -47,14 +44,13 @@ std::string Document(const std::string& entries) {
 }
 
 struct PrefsStore : test::TreeTest {
-  // Runs `body` with each way to lock a store of a file with `text`. `caller` holds the lock or
-  // not.
+  // Runs `body` with each way to lock a store of a file with `text`.
   void ForEachLock(const std::string& text,
                    const std::function<void(Store&, Policy&, bool has_lock, bool caller)>& body) {
     for (const auto& [name, has_lock, caller] : {std::tuple("without a lock", false, false),
                                                  {"with a free lock", true, false},
                                                  {"under the caller's lock", true, true}}) {
-      SCOPED_TRACE(std::string(name) + ", from " + text.substr(0, text.find('\0')));
+      SCOPED_TRACE(std::string(name) + ", from \"" + text + '"');
       WriteFile(path, text);
       Policy lock;
       if (caller) lock.Lock();
@@ -62,14 +58,9 @@ struct PrefsStore : test::TreeTest {
       body(store, lock, has_lock, caller);
     }
   }
-  // What another process does, a second later.
-  void SaveElsewhere(const std::string& text) const {
-    const auto later = fs::last_write_time(path) + std::chrono::seconds(1);
-    WriteFile(path, text);
-    fs::last_write_time(path, later);
-  }
   const fs::path folder = top / "folder", path = folder / "prefs.dat";
-  const std::string one = Document("<A>1</A>\n");
+  const std::string one = Document("<A>1</A>\n"), two = Document("<A>2</A>\n");
+  const std::string malformed = Document("<A>1</B>");
   Policy policy;
 };
 
@@ -91,27 +82,16 @@ TEST_F(PrefsStore, ReadsWhatStandsFirstOrTheDefaultOrNoValueAtAll) {
 
 TEST_F(PrefsStore, AppendsNewEntriesAndChangesOldOnesWhereTheyStand) {
   const std::string foreign = "<F x=\"1\">\n<A>7</A>\n</F>\n", second = "<A>9</A>\n";
-  WriteFile(path, Document(foreign + "<A>0</A>\n" + second));
+  WriteFile(path, Document("<Old>1</Old>\n" + foreign + "<A>0</A>\n" + second));
   Store store(path, nullptr);
   EXPECT_TRUE(store.SetPref("B", false));
   EXPECT_TRUE(store.SetPref("C", ~0UL));
   EXPECT_TRUE(store.SetPref("A", -1));
   EXPECT_TRUE(store.SetPref<std::string>("D", " a & b "));
-  EXPECT_EQ(ReadFile(path), Document(foreign + "<A>-1</A>\n" + second + "<B>0</B>\n" +
-                                     "<C>18446744073709551615</C>\n<D> a &amp; b </D>\n"));
-}
-
-TEST_F(PrefsStore, HandsOutItsNodesAndPutsANewOneAtTheEnd) {
-  WriteFile(path, Document("<A>1</A>\n<B>2</B>\n<A>3</A>\n"));
-  Store store(path, nullptr);
-  EXPECT_TRUE(store.Replace("A"));
-  esd::XMLDocumentNode* node = nullptr;
-  ASSERT_TRUE(store.GetPref("B", node));
-  node->SetData("7");
-  EXPECT_TRUE(store.Save());
-  EXPECT_EQ(ReadFile(path), Document("<B>7</B>\n<A>3</A>\n<New></New>\n"));
-  EXPECT_FALSE(store.GetPref("C", node));
-  EXPECT_EQ(node, nullptr);
+  EXPECT_TRUE(store.Replace("Old"));
+  EXPECT_EQ(ReadFile(path),
+            Document(foreign + "<A>-1</A>\n" + second + "<B>0</B>\n<C>18446744073709551615</C>\n" +
+                     "<D> a &amp; b </D>\n<New></New>\n"));
 }
 
 // A killed program may leave a file without a byte.
@@ -129,49 +109,91 @@ TEST_F(PrefsStore, IsEmptyWithoutARootOfItsOwnAndTheFirstWriteMakesTheWholeFile)
 }
 
 TEST_F(PrefsStore, RemovesAMalformedFileOnlyWhenTheLoadTakesTheLock) {
-  for (const std::string& bad : {Document("<A>1</B>"), one + "<", std::string(3000, '\0')}) {
-    ForEachLock(bad, [&](Store& store, Policy&, bool has_lock, bool caller) {
-      const bool removes = has_lock && !caller;
-      EXPECT_EQ(fs::exists(path), !removes);
-      EXPECT_EQ(store.Read("A"), kDefault);
-      EXPECT_EQ(store.Replace("A"), removes);
-      EXPECT_EQ(store.SetPref("A", 1), removes);
-      EXPECT_EQ(ReadFile(path), removes ? Document("<New></New>\n<A>1</A>\n") : bad);
-    });
-  }
+  ForEachLock(malformed, [&](Store& store, Policy&, bool has_lock, bool caller) {
+    const bool removes = has_lock && !caller;
+    EXPECT_EQ(fs::exists(path), !removes);
+    EXPECT_EQ(store.Read("A"), kDefault);
+    EXPECT_EQ(store.Replace("A"), removes);
+    EXPECT_EQ(store.SetPref("A", 1), removes);
+    EXPECT_EQ(ReadFile(path), removes ? Document("<New></New>\n<A>1</A>\n") : malformed);
+  });
 }
 
-TEST_F(PrefsStore, FollowsWhatAnotherProcessMakesOfTheFile) {
-  const std::string malformed = Document("<A>3</B>");
-  WriteFile(path, one);
+TEST_F(PrefsStore, LoadsAFileAgainThatIsNewerOrAnotherOne) {
+  using std::chrono::file_clock, std::chrono::hours, std::chrono::nanoseconds;
+  const std::tuple<const char*, std::string, nanoseconds, bool, const char*> steps[] = {
+      {"first", one, hours(2), false, "1"},
+      {"older", two, hours(1), false, "1"},
+      {"newer", two, hours(2) + nanoseconds(1), false, "2"},
+      {"another file, though older", one, hours(1), true, "1"},
+      {"another file, without a time", two, hours(0), true, "2"},
+      {"still without a time", one, hours(0), false, "1"},
+      {"malformed", malformed, hours(3), false, kDefault},
+      {"good again", two, hours(4), false, "2"}};
   Store store(path, &policy);
-  SaveElsewhere(malformed);
-  EXPECT_EQ(store.Read("A"), kDefault) << "from a malformed file";
-  EXPECT_FALSE(store.SetPref("A", 1));
-  EXPECT_EQ(ReadFile(path), malformed);
-  SaveElsewhere(Document("<A>2</A>"));
-  EXPECT_EQ(store.Read("A"), "2") << "from a good file";
-  WriteFile(top / "older", Document("<A>5</A>"));
-  fs::last_write_time(top / "older", fs::last_write_time(path) - std::chrono::hours(1));
-  fs::rename(top / "older", path);
-  EXPECT_EQ(store.Read("A"), "5") << "from an older file in its place";
-  fs::remove(path);
-  EXPECT_EQ(store.Read("A"), kDefault) << "without a file";
+  for (const auto& [name, text, time, is_another, found] : steps) {
+    const fs::path changed = is_another ? top / "another" : path;
+    WriteFile(changed, text);
+    fs::last_write_time(changed, file_clock::from_sys(std::chrono::sys_time<nanoseconds>(time)));
+    fs::rename(changed, path);
+    EXPECT_EQ(store.Read("A"), found) << name;
+    EXPECT_EQ(ReadFile(path), text) << name;
+  }
 }
 
-// A file with two names is written over, so that nothing but its time tells of a save.
-TEST_F(PrefsStore, SeesEverySaveInTheSameClockTickAndUnderATimeInTheFuture) {
-  WriteFile(path, one);
-  fs::create_hard_link(path, top / "second name");
-  for (const std::chrono::hours ahead : {std::chrono::hours(0), std::chrono::hours(1)}) {
-    WriteFile(path, one);
-    fs::last_write_time(path, fs::last_write_time(path) + ahead);
-    Store writer(path, nullptr), reader(path, &policy);
-    for (int number = 2; number < 20; ++number) {
-      EXPECT_TRUE(writer.SetPref("A", number));
-      EXPECT_EQ(reader.Read("A"), std::to_string(number)) << ahead.count() << " hours ahead";
-    }
+TEST_F(PrefsStore, IsEmptyWhenItsFileIsGone) {
+  for (const fs::path& gone : {path, folder}) {
+    fs::create_directory(folder);
+    Store store(path, &policy);
+    EXPECT_TRUE(store.SetPref("A", 1));
+    fs::remove_all(gone);
+    if (gone == folder) WriteFile(folder, "in its place");
+    EXPECT_EQ(store.Read("A"), kDefault) << "without " << gone;
   }
+}
+
+// A folder on the way is closed to the store's user for a while.
+TEST_F(PrefsStore, KeepsItsEntriesAndDoesNotWriteWhileItsFileCannotBeLookedAt) {
+  chmod(top.c_str(), 0777);
+  test::ExpectInChild([&] {
+    test::BecomeOrdinaryUser();
+    WriteFile(path, one);
+    Store store(path, &policy);
+    chmod(folder.c_str(), 0);
+    EXPECT_EQ(store.Read("A"), "1");
+    EXPECT_FALSE(store.SetPref("A", 3));
+    // Within the same lock the document may be out of date.
+    EXPECT_TRUE(store.LockPrefs());
+    chmod(folder.c_str(), 0700);
+    EXPECT_FALSE(store.SetPref("A", 3));
+    policy.Unlock(false);
+    EXPECT_EQ(ReadFile(path), one);
+    EXPECT_TRUE(store.SetPref("A", 2));
+    EXPECT_EQ(ReadFile(path), two);
+  });
+}
+
+// A change that could not be saved stays in the document, and is no file that has gone.
+TEST_F(PrefsStore, ForgetsTheFileOfAnotherPath) {
+  WriteFile(path, one);
+  Store store(path, nullptr);
+  store.SetPrefsPath(top / "no folder/other.dat");
+  EXPECT_FALSE(store.SetPref("A", 7));
+  store.SetLockPolicy(&policy);
+  EXPECT_EQ(store.Read("A"), "7");
+}
+
+TEST_F(PrefsStore, RemovesUnderALockWhatKilledSavesLeftAndNothingElse) {
+  const std::string left = ".prefs.dat.new-0123456789ab";
+  const test::Lines others = {".other.dat.new-0123456789ab", ".prefs.dat.new-0123456789a",
+                              ".prefs.dat.new-0123456789xy", "prefs.dat.new-0123456789ab"};
+  for (const std::string& name : others) WriteFile(folder / name, "");
+  ForEachLock(one, [&](Store& store, Policy&, bool has_lock, bool) {
+    WriteFile(folder / left, "half");
+    EXPECT_TRUE(store.Save());
+    EXPECT_EQ(fs::exists(folder / left), !has_lock);
+    for (const std::string& name : others) EXPECT_TRUE(fs::exists(folder / name)) << name;
+  });
 }
 
 TEST_F(PrefsStore, DoesNothingWhileItsLockCannotBeHad) {
@@ -193,16 +215,12 @@ TEST_F(PrefsStore, DoesNothingWhileItsLockCannotBeHad) {
   EXPECT_FALSE(fs::exists(top / "other")) << "the store has left its file";
 }
 
-TEST_F(PrefsStore, TakesItsLockOnceForABatchAndGivesItBackOnEveryWayOut) {
-  WriteFile(path, one);
+TEST_F(PrefsStore, TakesItsLockOnceForABatchAndGivesItBack) {
   Store store(path, &policy);
-  const auto batch = [&] {
+  {
     const esd::PrefsLock lock(store);
-    EXPECT_TRUE(store.SetPref("A", 2));
-    EXPECT_EQ(store.Read("A"), "2");
-    throw 0;
-  };
-  EXPECT_THROW(batch(), int);
+    store.SetPref("A", 2);
+  }
   EXPECT_EQ(policy.taken, 2) << "by the load and by the batch";
   EXPECT_FALSE(policy.IsLocked()) << "after the batch";
   EXPECT_THROW(store.SetPrefsPath(""), std::runtime_error);
@@ -229,50 +247,17 @@ TEST_F(PrefsStore, DeletesAllAndGivesBackTheLockThatItTook) {
   });
 }
 
-TEST_F(PrefsStore, KeepsTheLockWhenTheFileCannotBeDeleted) {
-  WriteFile(path, one);
-  fs::permissions(top, fs::perms(0711));
-  fs::permissions(folder, fs::perms(0555));
-  test::ExpectInChild([&] {
-    constexpr uid_t kNobody = 65534;  // root may delete everything
-    EXPECT_TRUE(geteuid() != 0 || seteuid(kNobody) == 0);
-    ForEachLock(one, [](Store& store, Policy& lock, bool has_lock, bool) {
-      EXPECT_FALSE(store.DeleteAllPrefs());
-      EXPECT_EQ(lock.IsLocked(), has_lock);
-      EXPECT_EQ(store.Read("A"), "1");
-    });
+// A folder in the file's place is not deleted.
+TEST_F(PrefsStore, KeepsLockAndEntriesWhenTheFileCannotBeDeleted) {
+  ForEachLock(one, [&](Store& store, Policy& lock, bool has_lock, bool) {
+    fs::remove(path);
+    WriteFile(path / "some file", "some text");
+    EXPECT_FALSE(store.DeleteAllPrefs());
+    EXPECT_EQ(lock.IsLocked(), has_lock);
+    EXPECT_EQ(store.Read("A"), "1");
+    EXPECT_EQ(ReadFile(path / "some file"), "some text");
+    fs::remove_all(path);
   });
-  fs::permissions(folder, fs::perms(0755));
-}
-
-TEST_F(PrefsStore, SavesThroughALinkAndKeepsTheRights) {
-  WriteFile(path, one);
-  fs::permissions(path, fs::perms(0640));
-  fs::create_symlink("folder/prefs.dat", top / "link");
-  EXPECT_TRUE(Store(top / "link", nullptr).SetPref("A", 2));
-  EXPECT_TRUE(fs::is_symlink(top / "link"));
-  EXPECT_EQ(ReadFile(path), Document("<A>2</A>\n"));
-  EXPECT_THAT(test::Rights(path), testing::StartsWith("mode 0640,"));
-  EXPECT_TRUE(Store(folder / "new", nullptr).SetPref("A", 1));
-  EXPECT_THAT(test::Rights(folder / "new"), testing::StartsWith("mode 0644,"));
-  EXPECT_EQ(test::Text(test::Names(folder)), "new\nprefs.dat\n");
-}
-
-TEST_F(PrefsStore, KeepsTheFileAndItsOwnChangeOnAFullDisk) {
-  WriteFile(path, one);
-  test::ExpectInChild([&] {
-    const rlimit full = {one.size(), one.size()};
-    signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &full);
-    for (const fs::path& file : {path, folder / "new"}) {
-      Store store(file, &policy);
-      EXPECT_FALSE(store.SetPref("B", 200000)) << file;
-      EXPECT_EQ(store.Read("B"), "200000") << file;
-      EXPECT_FALSE(policy.IsLocked()) << file;
-    }
-  });
-  EXPECT_EQ(ReadFile(path), one);
-  EXPECT_EQ(test::Text(test::Names(folder)), "prefs.dat\n");
 }
 
 std::string Entry(const std::string& key, const std::string& value) {
@@ -285,7 +270,7 @@ struct MapPrefs : PrefsStore {
     flags.SetStore(&store);
     texts.SetStore(&store);
   }
-  Store store{path, &policy};
+  Store store{path, nullptr};
   esd::MapPref<std::string, bool> flags{"Flags"};
   esd::MapPref<std::string, std::string> texts{"Texts"};
 };
@@ -307,7 +292,6 @@ TEST_F(MapPrefs, AreElementsSortedByKeyThatKeepTheirBlanks) {
 
 TEST_F(MapPrefs, ReadBooleansOrNothingAtAll) {
   const std::tuple<const char*, std::string, bool, std::map<std::string, bool>> rows[] = {
-      {"no element", "", true, {}},
       {"both values", Entry("a", "1") + Entry("b", " 0 "), true, {{"a", true}, {"b", false}}},
       {"a key twice", Entry("a", "1") + Entry("a", "0"), true, {{"a", false}}},
       {"no key", Entry("a", "1") + "<MapPrefEntry Key=\"b\">1</MapPrefEntry>", false, {}},
