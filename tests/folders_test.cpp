@@ -5,7 +5,6 @@
 
 #include "esd/prefs/launch_agent.h"
 #include "esd/prefs/updater_folders.h"
-#include "esd/util/folder_tree.h"
 #include "esd/util/special_folder.h"
 #include "tests/test_support.h"
 #include "welko/folder_path.h"
@@ -13,14 +12,13 @@
 namespace test {
 namespace {
 
-const std::string kNotFound = "not found, and the path still 'before'";
-const char* const kSupport = "Library/Application Support";
-
 // The path that `find` gives, or what it leaves in the text "before" when it answers false.
 std::string Found(const std::function<bool(std::string&)>& find) {
   std::string path = "before";
   return find(path) ? path : "not found, and the path still '" + path + "'";
 }
+const std::string kNotFound = Found([](std::string&) { return false; });
+
 std::string ById(unsigned id) {
   return Found([id](std::string& path) { return welko::GetFolderPath(id, path); });
 }
@@ -28,72 +26,62 @@ std::string ByKind(unsigned kind, bool create) {
   return Found([=](std::string& path) { return esd::GetSpecialFolder(kind, path, create); });
 }
 
-// `path` made longer, with folders below it, until it has `size` bytes.
-std::string Deep(std::string path, std::size_t size) {
-  while (path.size() < size) path += path.size() % 100 == 0 && path.size() + 1 < size ? '/' : 'x';
-  return path;
+// A file in the place of a folder: nothing below it can be found or made.
+void Block(const fs::path& path) {
+  fs::remove_all(path);
+  WriteFile(path, "");
 }
 
-class FoldersTest : public TreeTest {
- protected:
-  // A file in the place of a folder: nothing below it can be found or made.
-  static void Block(const fs::path& path) {
-    fs::remove_all(path);
-    WriteFile(path, "");
-  }
+struct FolderId {
+  unsigned id;
+  const char* system;        // made when it is missing
+  const char* product = "";  // added to it, and not made
 };
 
-class FolderIdTest : public FoldersTest {
- protected:
-  struct Folder {
-    fs::path system;      // made when it is missing
-    std::string product;  // added to it, and not made
-    bool told = false;    // whether the result tells that the system's folder is lost
-  };
-
-  const fs::path support = root / kSupport, utilities = root / "Applications/Utilities";
-  const fs::path shared = root / "Users/Shared", user_support = home / kSupport;
-  const std::map<unsigned, Folder> folders = {
-      {0, {root / "Applications", "", true}},
-      {2, {support, "", true}},
-      {3, {support, "", true}},
-      {10, {home / "Documents", ""}},
-      {12, {user_support, ""}},
-      {13, {shared, ""}},
-      {18, {support, "/Vantre"}},
-      {19, {user_support, "/Vantre"}},
-      {20, {shared, "/Vantre"}},
-      {21, {support, "/Vantre/Welko"}},
-      {22, {user_support, "/Vantre/Welko"}},
-      {23, {shared, "/Vantre/Welko"}},
-      {24, {utilities, "/Vantre Application Manager/"}},
-      {25, {support, "/Vantre/Welko/Tarnik"}},
-      {26, {user_support, "/Vantre/Welko/Tarnik"}},
-      {27, {support, "/Vantre/VantreApplicationManager/OrlanRefs"}},
-      {28, {support, "/Vantre/PeltRefs"}},
-      {29, {support, "/Vantre/Vantre Desktop Common"}},
-      {30, {utilities, "/Vantre Lumora/"}},
-      {31, {root / "Library/Preferences", "", true}},
-      {32, {home / "Library/Logs", "", true}},
-  };
+constexpr FolderId kFolderIds[] = {
+    {0, "root/Applications"},
+    {2, "root/Library/Application Support"},
+    {3, "root/Library/Application Support"},
+    {10, "home/Documents"},
+    {12, "home/Library/Application Support"},
+    {13, "root/Users/Shared"},
+    {18, "root/Library/Application Support", "/Vantre"},
+    {19, "home/Library/Application Support", "/Vantre"},
+    {20, "root/Users/Shared", "/Vantre"},
+    {21, "root/Library/Application Support", "/Vantre/Welko"},
+    {22, "home/Library/Application Support", "/Vantre/Welko"},
+    {23, "root/Users/Shared", "/Vantre/Welko"},
+    {24, "root/Applications/Utilities", "/Vantre Application Manager/"},
+    {25, "root/Library/Application Support", "/Vantre/Welko/Tarnik"},
+    {26, "home/Library/Application Support", "/Vantre/Welko/Tarnik"},
+    {27, "root/Library/Application Support", "/Vantre/VantreApplicationManager/OrlanRefs"},
+    {28, "root/Library/Application Support", "/Vantre/PeltRefs"},
+    {29, "root/Library/Application Support", "/Vantre/Vantre Desktop Common"},
+    {30, "root/Applications/Utilities", "/Vantre Lumora/"},
+    {31, "root/Library/Preferences"},
+    {32, "home/Library/Logs"},
 };
+
+using FolderIdTest = TreeTest;
 
 TEST_F(FolderIdTest, GivesTheSystemsFolderMadeAndTheProductsNot) {
-  for (const auto& [id, folder] : folders) {
+  for (const auto& [id, system, product] : kFolderIds) {
     SCOPED_TRACE("folder id " + std::to_string(id));
     for (const fs::path& place : {home, root}) fs::remove_all(place);
     fs::create_directory(home);
-    EXPECT_EQ(ById(id), folder.system.string() + folder.product);
-    EXPECT_TRUE(fs::is_directory(folder.system)) << folder.system << " is not made";
-    EXPECT_TRUE(fs::is_empty(folder.system)) << "something is made in " << folder.system;
+    EXPECT_EQ(ById(id), (top / system).string() + product);
+    EXPECT_TRUE(fs::is_directory(top / system)) << system << " is not made";
+    EXPECT_TRUE(fs::is_empty(top / system)) << "something is made in " << system;
   }
 }
 
-TEST_F(FolderIdTest, TellsThatAFolderIsLostOnlyWhereNothingIsAddedOrItsResultSaysSo) {
+// The other results are always good, with what is added and nothing before it.
+TEST_F(FolderIdTest, TellsForSomeThatTheFolderIsLost) {
+  const std::set<unsigned> telling = {0, 2, 3, 31, 32};
   for (const fs::path& place : {home, root}) Block(place);
-  for (const auto& [id, folder] : folders) {
-    SCOPED_TRACE("folder id " + std::to_string(id));
-    EXPECT_EQ(ById(id), folder.told ? kNotFound : "before" + folder.product);
+  for (const auto& [id, system, product] : kFolderIds) {
+    EXPECT_EQ(ById(id), telling.contains(id) ? kNotFound : std::string("before") + product)
+        << "folder id " << id;
   }
 }
 
@@ -101,101 +89,81 @@ TEST_F(FolderIdTest, KnowsFoldersThatNobodyLooksForAndNoOtherNumbers) {
   for (const fs::path& place : {home, root}) fs::remove_all(place);
   EXPECT_EQ(ById(9), home);
   EXPECT_EQ(ById(15), "/tmp");
+  unsetenv("TMPDIR");
+  EXPECT_EQ(ByKind(0, false), "/tmp");
+  EXPECT_EQ(ByKind(14, false), "/");
+  EXPECT_EQ(ByKind(15, true), kNotFound);
   for (const unsigned id : {1U, 4U, 5U, 6U, 7U, 8U, 11U, 14U, 33U})
     EXPECT_EQ(ById(id), kNotFound) << id;
 }
 
 TEST_F(FolderIdTest, EndsSystemPathsAt1023Bytes) {
   const std::string preferences = "/Library/Preferences";
-  const std::string deep = Deep(root / "x", 1023 - preferences.size());
+  std::string deep = root;
+  while (deep.size() + preferences.size() < 1023) deep += deep.size() % 100 == 0 ? '/' : 'x';
   setenv("WAKERLY_ROOT", deep.c_str(), 1);
   EXPECT_EQ(ById(31), deep + preferences);
   setenv("WAKERLY_ROOT", (deep + "x").c_str(), 1);
   EXPECT_EQ(ById(31), kNotFound);
 }
 
-// Runs a second time in a bundle, where the environment says what is to be found.
+// Runs a second time from inside a bundle.
 TEST_F(FolderIdTest, KnowsTheOwnBundle) {
-  const char* const bundle = getenv("EXPECTED_BUNDLE");
-  const fs::path expected = bundle != nullptr ? fs::path(bundle) : fs::canonical("/proc/self/exe");
-  EXPECT_EQ(ById(16), expected);
-  EXPECT_EQ(ById(17), expected.parent_path());
+  const fs::path program = fs::canonical("/proc/self/exe"), folder = program.parent_path();
+  const bool inside = folder.filename() == "MacOS";
+  const fs::path own = inside ? folder.parent_path().parent_path() : program;
+  EXPECT_EQ(ById(16), own);
+  EXPECT_EQ(ById(17), own.parent_path());
+  if (inside) return;
+  const fs::path copy = top / "Some.app/Contents/MacOS/Some";
+  fs::create_directories(copy.parent_path());
+  fs::copy_file(program, copy);
+  const char* const filter = "--gtest_filter=FolderIdTest.KnowsTheOwnBundle";
+  const auto run = [&] { return execl(copy.c_str(), copy.c_str(), filter, nullptr); };
+  EXPECT_EQ(InChild(run), 0) << "inside a bundle";
 }
 
-TEST_F(FolderIdTest, KnowsTheOwnBundleInsideOfOne) {
-  const fs::path bundle = fs::canonical(top) / "Some.app", program = bundle / "Contents/MacOS/Some";
-  fs::create_directories(program.parent_path());
-  fs::copy_file("/proc/self/exe", program);
-  EXPECT_EQ(InChild([&] {
-              setenv("EXPECTED_BUNDLE", bundle.c_str(), 1);
-              return execl(program.c_str(), program.c_str(),
-                           "--gtest_filter=FolderIdTest.KnowsTheOwnBundle", nullptr);
-            }),
-            0);
-}
-
-class SpecialFolderTest : public FoldersTest {
- protected:
-  SpecialFolderTest() { setenv("TMPDIR", temporary.c_str(), 1); }
-
-  const fs::path temporary = top / "temporary";
-  // The place in the table is the kind.
-  const fs::path folders[14] = {temporary,
-                                temporary,
-                                root / "tmp",
-                                home / "Desktop",
-                                home / "Documents",
-                                home / "Library/Caches",
-                                home / "Library/Preferences",
-                                home / kSupport,
-                                root / kSupport,
-                                root / kSupport,
-                                root / "Library/Fonts",
-                                root / "System",
-                                root / "System",
-                                root / kSupport};
-};
+using SpecialFolderTest = TreeTest;
 
 TEST_F(SpecialFolderTest, IsMadeOnlyWhenAsked) {
-  for (unsigned kind = 0; kind < std::size(folders); ++kind) {
-    SCOPED_TRACE("kind " + std::to_string(kind));
-    for (const fs::path& place : {home, root, temporary}) fs::remove_all(place);
-    EXPECT_EQ(ByKind(kind, false), kNotFound);
-    EXPECT_FALSE(fs::exists(folders[kind])) << folders[kind] << " is made";
-    EXPECT_EQ(ByKind(kind, true), folders[kind]);
-    EXPECT_TRUE(fs::is_directory(folders[kind])) << folders[kind] << " is not made";
-    EXPECT_EQ(ByKind(kind, false), folders[kind]);
+  const std::pair<const char*, std::vector<unsigned>> rows[] = {
+      {"temporary", {0, 1}},
+      {"root/tmp", {2}},
+      {"home/Desktop", {3}},
+      {"home/Documents", {4}},
+      {"home/Library/Caches", {5}},
+      {"home/Library/Preferences", {6}},
+      {"home/Library/Application Support", {7}},
+      {"root/Library/Application Support", {8, 9, 13}},
+      {"root/Library/Fonts", {10}},
+      {"root/System", {11, 12}}};
+  setenv("TMPDIR", (top / "temporary").c_str(), 1);
+  for (const auto& [folder, kinds] : rows) {
+    for (const unsigned kind : kinds) {
+      SCOPED_TRACE("kind " + std::to_string(kind));
+      for (const char* place : {"home", "root", "temporary"}) fs::remove_all(top / place);
+      EXPECT_EQ(ByKind(kind, false), kNotFound);
+      EXPECT_FALSE(fs::exists(top / folder)) << folder << " is made";
+      EXPECT_EQ(ByKind(kind, true), top / folder);
+      EXPECT_TRUE(fs::is_directory(top / folder)) << folder << " is not made";
+      EXPECT_EQ(ByKind(kind, false), top / folder);
+    }
   }
 }
 
-TEST_F(SpecialFolderTest, NeedsNoLookUpAtTheEndsOfTheTable) {
-  unsetenv("TMPDIR");
-  EXPECT_EQ(ByKind(0, false), "/tmp");
-  EXPECT_EQ(ByKind(14, false), "/");
-  EXPECT_EQ(ByKind(15, true), kNotFound);
-}
+using UpdaterFoldersTest = TreeTest;
 
-using UpdaterFoldersTest = FoldersTest;
-
-TEST_F(UpdaterFoldersTest, AreNotMadeBelowTheMachinesFolders) {
-  EXPECT_EQ(esd::GetUninstallStampPath(), std::nullopt);
-  EXPECT_EQ(Found(esd::GetNotifierExecutablePath), "not found, and the path still ''");
-  EXPECT_TRUE(fs::is_empty(root));
-}
-
-TEST_F(UpdaterFoldersTest, FallBackToTheTemporaryFolder) {
+TEST_F(UpdaterFoldersTest, TheUsersCacheFallsBackToTheTemporaryFolder) {
   Block(home / "Library");
   EXPECT_EQ(esd::GetUserCacheFolder(), root / "tmp/Vantre");
-  EXPECT_EQ(Found(esd::GetUpdaterPrefsFolder), root / "tmp/Vantre/OrlanUpdater/1.0");
   Block(root / "tmp");
   EXPECT_EQ(esd::GetUserCacheFolder(), std::nullopt);
-  EXPECT_EQ(Found(esd::GetUpdaterPrefsFolder), kNotFound);
 }
 
 // New folders have the mode of the one above, or are shared, and belong to whom that belongs.
 TEST_F(UpdaterFoldersTest, KeepTheirRightsOrTakeThoseAbove) {
-  const char* const names[] = {"base", "base/Vantre", "base/Vantre/OrlanUpdater",
-                               "base/Vantre/OrlanUpdater/1.0"};
+  const fs::path base = top / "base", maker = base / "Vantre", updater = maker / "OrlanUpdater";
+  const fs::path folders[] = {base, maker, updater, updater / "1.0"};
   const struct {
     const char* name;
     bool shared;
@@ -204,105 +172,47 @@ TEST_F(UpdaterFoldersTest, KeepTheirRightsOrTakeThoseAbove) {
       {"all new", false, {01757}, {01757, 01757, 01757, 01757}},
       {"all new, shared", true, {0711}, {0711, 0775, 0775, 0775}},
       {"no base", false, {}, {0751, 0774, 0774, 0774}},
-      {"maker's there", false, {0755, 0750}, {0755, 0750, 0750, 0750}},
       {"maker's there, shared", true, {0755, 0750}, {0755, 0750, 0750, 0775}},
       {"version missing", false, {0755, 0750, 0711}, {0755, 0750, 0711, 0750}},
-      {"all there", false, {0755, 0750, 0711, 0700}, {0755, 0750, 0711, 0700}},
       {"all there, shared", true, {0755, 0750, 0711, 0700}, {0755, 0750, 0711, 0700}},
   };
-  const bool is_root = geteuid() == 0;  // nobody else can give folders away
-  fs::permissions(top, fs::perms(0751));
+  const uid_t user = geteuid() == 0 ? kOrdinaryUser : geteuid();
+  const gid_t group = geteuid() == 0 ? kOrdinaryUser : getegid();
+  const auto prepare = [&](const fs::path& folder, mode_t mode) {
+    fs::create_directory(folder);
+    ASSERT_EQ(chown(folder.c_str(), user, group), 0);
+    fs::permissions(folder, fs::perms(mode));
+  };
+  prepare(top, 0751);
   umask(0777);
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
-    fs::remove_all(top / names[0]);
-    std::string expected[4];
-    unsigned owner = geteuid(), group = getegid();
-    for (unsigned i = 0; i < 4; ++i) {
-      if (row.before[i] != 0) {
-        fs::create_directory(top / names[i]);
-        if (is_root) owner = 2000 + i, group = 3000 + i;
-        ASSERT_EQ(chown((top / names[i]).c_str(), owner, group), 0);
-        fs::permissions(top / names[i], fs::perms(row.before[i]));
-      }
-      expected[i] = RightsText(row.after[i], owner, group);
-    }
-    std::string path = top / names[0];
+    fs::remove_all(base);
+    for (unsigned i = 0; i < 4 && row.before[i] != 0; ++i) prepare(folders[i], row.before[i]);
+    std::string path = base;
     EXPECT_TRUE(esd::EnsureUpdaterFolder(path, row.shared));
-    EXPECT_EQ(path, top / names[3]);
-    for (unsigned i = 0; i < 4; ++i) EXPECT_EQ(Rights(top / names[i]), expected[i]) << names[i];
+    EXPECT_EQ(path, folders[3]);
+    for (unsigned i = 0; i < 4; ++i) {
+      EXPECT_EQ(Rights(folders[i]), RightsText(row.after[i], user, group)) << folders[i];
+    }
   }
 }
 
-TEST_F(UpdaterFoldersTest, CannotBeMadeBelowAFileButCountAsMadeWhereOneHasTheName) {
+TEST_F(UpdaterFoldersTest, CannotBeMadeBelowAFile) {
   std::string path = "/proc/version";
   EXPECT_FALSE(esd::EnsureUpdaterFolder(path, false));
   EXPECT_EQ(path, "/proc/version");
-  EXPECT_TRUE(esd::CreateFolderTree(path));
-  EXPECT_FALSE(esd::CreateFolderTree("/"));
 }
 
-class LaunchAgentTest : public FoldersTest {
- protected:
-  // What GetLaunchAgentsFolder writes to a buffer of `size` bytes, or its error.
-  static std::string Folder(std::size_t size, bool create) {
-    std::string buffer(size + 1, '?');
-    std::uint32_t error = 1;
-    const bool found = esd::GetLaunchAgentsFolder(error, buffer.data(), size, create);
-    return found && error == 0 ? buffer.substr(0, buffer.find('\0'))
-                               : "error " + std::to_string(error);
-  }
-
-  // Whether the scheduled task is present, or the error.
-  static std::string Task() {
-    std::uint32_t error = 1;
-    const bool present = esd::IsScheduledTaskPresent(error, L"Some label");
-    return error != 0 ? "error " + std::to_string(error) : present ? "present" : "absent";
-  }
-
-  const fs::path preferences = home / "Library/Preferences";
-  const std::string name = "com.vantre.VantreOrlanUpdater-1.0.plist";
-};
-
-TEST_F(LaunchAgentTest, FolderNeedsABuffer) {
-  std::uint32_t error = 1;
-  EXPECT_FALSE(esd::GetLaunchAgentsFolder(error, nullptr, 100, true));
-  EXPECT_EQ(error, 120U);
-  EXPECT_EQ(Folder(0, true), "error 120");
-}
-
-TEST_F(LaunchAgentTest, FolderLiesBesidePreferencesWhichAreMadeWhenAsked) {
-  EXPECT_EQ(Folder(1024, false), "error 73");
-  EXPECT_EQ(Folder(1024, true), preferences.string() + "/../LaunchAgents/");
-  EXPECT_EQ(Folder(1024, false), preferences.string() + "/../LaunchAgents/");
-}
-
-TEST_F(LaunchAgentTest, FolderIsCutWhereTheBufferEnds) {
-  const std::string whole = Folder(1024, true);
-  for (const std::size_t size : {std::size_t{1}, std::size_t{9}, whole.size(), whole.size() + 1}) {
-    EXPECT_EQ(Folder(size, true), whole.substr(0, size - 1)) << "a buffer of " << size;
-  }
-}
-
-TEST_F(LaunchAgentTest, IsPresentWhenItsFileIsNotEmpty) {
-  EXPECT_EQ(Task(), "error 73");
-  fs::create_directories(preferences);
-  EXPECT_EQ(Task(), "absent");
-  WriteFile(home / "Library/LaunchAgents" / name, "");
-  EXPECT_EQ(Task(), "absent");
-  WriteFile(home / "Library/LaunchAgents" / name, "text");
-  EXPECT_EQ(Task(), "present");
-}
-
-TEST_F(LaunchAgentTest, IsLookedForUnderANameCutAt1023Bytes) {
-  const std::string between = "/Library/Preferences/../LaunchAgents/";
-  const std::string deep = Deep(home / "x", 1023 + 3 - between.size() - name.size());
-  setenv("HOME", deep.c_str(), 1);
-  fs::create_directories(deep + "/Library/Preferences");
-  WriteFile(deep + "/Library/LaunchAgents/" + name, "text");
-  EXPECT_EQ(Task(), "absent");
-  WriteFile(deep + "/Library/LaunchAgents/" + name.substr(0, name.size() - 3), "text");
-  EXPECT_EQ(Task(), "present");
+TEST_F(UpdaterFoldersTest, LaunchAgentsLieBesideThePreferencesWhichAreMadeWhenAsked) {
+  char buffer[1024];
+  std::uint32_t error = 0;
+  EXPECT_FALSE(esd::GetLaunchAgentsFolder(error, nullptr, 1024, true));
+  EXPECT_EQ(error, 120U) << "without a buffer";
+  EXPECT_FALSE(esd::GetLaunchAgentsFolder(error, buffer, sizeof buffer, false));
+  EXPECT_EQ(error, 73U) << "without a folder";
+  EXPECT_TRUE(esd::GetLaunchAgentsFolder(error, buffer, sizeof buffer, true));
+  EXPECT_EQ(buffer, (home / "Library/Preferences/../LaunchAgents/").string());
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
 #include <string_view>
 
@@ -24,11 +24,9 @@ SystemStandIn& System() {
 extern "C" {
 
 int access(const char* path, int mode) noexcept {
-  if (std::string_view(path) != "/run/systemd/seats/seat0") {
-    return faccessat(AT_FDCWD, path, mode, 0);
-  }
-  errno = ENOENT;
-  return test::System().has_seat ? 0 : -1;
+  const bool is_seat = std::string_view(path) == "/run/systemd/seats/seat0";
+  if (is_seat) return test::System().has_seat ? 0 : -1;
+  return faccessat(AT_FDCWD, path, mode, 0);
 }
 
 int sd_seat_get_active(const char* seat, char** session, uid_t* uid) {
@@ -39,15 +37,12 @@ int sd_seat_get_active(const char* seat, char** session, uid_t* uid) {
 }
 
 int getpwuid_r(uid_t uid, passwd* entry, char* texts, size_t size, passwd** found) {
-  test::SystemStandIn& system = test::System();
-  system.looked_up_as.push_back(geteuid());
-  if (system.looked_up_as.size() == system.throwing_look_up) throw std::runtime_error("look-up");
+  if (test::System().look_ups_left-- == 0) throw std::runtime_error("look-up");
   *found = nullptr;
-  const auto user = system.users.find(uid);
-  if (user == system.users.end()) return 0;
+  const auto user = test::System().users.find(uid);
+  if (user == test::System().users.end()) return 0;
   std::snprintf(texts, size, "%s", user->second.home.c_str());
   *entry = {};
-  entry->pw_uid = uid;
   entry->pw_gid = user->second.gid;
   entry->pw_dir = texts;
   *found = entry;
@@ -55,14 +50,11 @@ int getpwuid_r(uid_t uid, passwd* entry, char* texts, size_t size, passwd** foun
 }
 
 int statvfs(const char* path, struct statvfs* volume) noexcept {
-  char* const resolved = realpath(path, nullptr);
-  if (resolved == nullptr) return -1;
+  std::error_code error;
+  const std::string folder = std::filesystem::canonical(path, error);
   const std::string& locked = test::System().locked_volume;
-  *volume = {};
-  volume->f_flag =
-      !locked.empty() && std::string_view(resolved).starts_with(locked) ? ST_RDONLY : 0;
-  free(resolved);
-  return 0;
+  volume->f_flag = !locked.empty() && folder.starts_with(locked) ? ST_RDONLY : 0;
+  return error ? -1 : 0;
 }
 
 }  // extern "C"

@@ -9,7 +9,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace test {
 
@@ -19,22 +18,14 @@ struct SystemStandIn {
     gid_t gid;
     std::string home;
   };
-
-  /// Whether systemd-logind keeps a file for seat0.
-  bool has_seat = false;
-  /// The active user of seat0.
-  std::optional<uid_t> active_user = {};
-  /// The password database.
-  std::map<uid_t, User> users = {};
-  /// The effective user at each look-up in the password database.
-  std::vector<uid_t> looked_up_as = {};
-  /// Which of these look-ups throws, counted from 1; 0 for none.
-  std::size_t throwing_look_up = 0;
-  /// The folder on which a locked volume is mounted, if any.
-  std::string locked_volume = {};
+  bool has_seat = false;                  ///< whether systemd-logind keeps a file for seat0
+  std::optional<uid_t> active_user = {};  ///< of seat0
+  std::map<uid_t, User> users = {};       ///< the password database
+  int look_ups_left = -1;                 ///< there until one throws; without end below 0
+  std::string locked_volume = {};         ///< the folder on which it is mounted, if any
 };
 
-/// The one that all calls of this process go to. A test that changes it sets it to {} first.
+/// The one that all calls of this process go to. A test that changes it sets it to {} at its end.
 SystemStandIn& System();
 
 }  // namespace test

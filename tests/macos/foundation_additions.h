@@ -2,18 +2,14 @@
 #ifndef TESTS_MACOS_FOUNDATION_ADDITIONS_H_
 #define TESTS_MACOS_FOUNDATION_ADDITIONS_H_
 
-#ifdef __OBJC__
 #import <Foundation/Foundation.h>
 
 typedef struct {
-  NSInteger majorVersion;
-  NSInteger minorVersion;
-  NSInteger patchVersion;
+  NSInteger majorVersion, minorVersion, patchVersion;
 } NSOperatingSystemVersion;
 
 @interface NSProcessInfo (OperatingSystemVersion)
 - (NSOperatingSystemVersion)operatingSystemVersion;
 @end
-#endif
 
 #endif  // TESTS_MACOS_FOUNDATION_ADDITIONS_H_

@@ -7,22 +7,16 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace test {
 
 struct RecordingSystem {
-  /// One line for each call, with its arguments.
-  std::vector<std::string> calls;
-  /// Core Foundation objects that were handed out and not released.
-  int unreleased = 0;
-  /// What LSOpenApplication answers.
-  std::int32_t open_status = 0;
-  /// The console user, if any.
+  std::vector<std::string> calls;  ///< a line each, with its arguments
+  std::string reference;           ///< the path that the last file reference is of
+  std::int32_t open_status = 0;    ///< what LSOpenApplication answers
   std::optional<std::pair<unsigned, unsigned>> console_user;
-  /// What Gestalt knows.
-  std::map<std::string, std::int32_t> gestalt;
+  std::map<std::string, std::int32_t> gestalt;  ///< what it knows
 };
 
 /// The one that all calls of this process go to.

@@ -5,7 +5,6 @@
 #include <objc/runtime.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <sstream>
 
 // The look-up of Linux, under a name of its own.
@@ -15,12 +14,26 @@ std::optional<std::string> FindFolder(FolderDomain domain, std::uint32_t type, b
                                       std::size_t path_size);
 }  // namespace linux_platform
 
+namespace test {
+
+RecordingSystem& System() {
+  static RecordingSystem system;
+  return system;
+}
+
+void AddOperatingSystemVersion() {
+  const auto answer = [](id, SEL) { return NSOperatingSystemVersion{14, 2, 1}; };
+  class_addMethod([NSProcessInfo class], @selector(operatingSystemVersion),
+                  reinterpret_cast<IMP>(+answer), "{?=qqq}@:");
+}
+
+}  // namespace test
+
 namespace {
 
 template <typename... Parts>
 void Record(const Parts&... parts) {
   std::ostringstream line;
-  line << std::hex << std::showbase;
   (line << ... << parts);
   test::System().calls.push_back(line.str());
 }
@@ -31,74 +44,44 @@ std::string Code(OSType type) {
   return code;
 }
 
-// A reference is the address of a path that is never freed.
-FSRef MakeRef(const std::string& path) {
-  const auto* kept = new std::string(path);
-  FSRef reference = {};
-  std::memcpy(reference.hidden, &kept, sizeof kept);
-  return reference;
-}
-
-const std::string& PathOf(const FSRef* reference) {
-  const std::string* kept = nullptr;
-  std::memcpy(&kept, reference->hidden, sizeof kept);
-  return *kept;
-}
-
-NSOperatingSystemVersion Answer(id, SEL) { return {14, 2, 1}; }
-
 }  // namespace
-
-namespace test {
-
-RecordingSystem& System() {
-  static RecordingSystem system;
-  return system;
-}
-
-void AddOperatingSystemVersion() {
-  class_addMethod([NSProcessInfo class], @selector(operatingSystemVersion),
-                  reinterpret_cast<IMP>(&Answer), "{?=qqq}@:");
-}
-
-}  // namespace test
 
 const CFAllocatorRef kCFAllocatorDefault = nullptr;
 
 CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* text, CFStringEncoding encoding) {
   if (encoding != kCFStringEncodingUTF8) return nullptr;
-  NSString* string = [[NSString alloc] initWithUTF8String:text];
-  if (string != nil) ++test::System().unreleased;
-  return reinterpret_cast<CFStringRef>(string);
+  return reinterpret_cast<CFStringRef>([[NSString alloc] initWithUTF8String:text]);
 }
 
 void CFRelease(CFTypeRef object) {
-  --test::System().unreleased;
   [reinterpret_cast<NSObject*>(const_cast<void*>(object)) release];
 }
 
 OSErr FSFindFolder(FSVolumeRefNum volume, OSType type, Boolean create, FSRef* found) {
-  Record("FSFindFolder ", std::dec, volume, " ", Code(type), " ", int{create});
+  Record("FSFindFolder ", volume, " ", Code(type), " ", int{create});
   const auto path =
       linux_platform::FindFolder(linux_platform::FolderDomain{volume}, type, create, 0);
   if (!path) return -43;  // fnfErr
-  *found = MakeRef(*path);
+  *found = {};
+  test::System().reference = *path;
   return noErr;
 }
 
 OSStatus FSPathMakeRef(const UInt8* path, FSRef* reference, Boolean* is_directory) {
   const auto* text = reinterpret_cast<const char*>(path);
-  Record("FSPathMakeRef ", text, " ", static_cast<void*>(is_directory));
+  Record("FSPathMakeRef ", text, " ", is_directory == nullptr ? "" : "is a directory?");
   if (access(text, F_OK) != 0) return -43;
-  *reference = MakeRef(text);
+  *reference = {};
+  test::System().reference = text;
   return noErr;
 }
 
-OSStatus FSRefMakePath(const FSRef* reference, UInt8* path, UInt32 size) {
-  Record("FSRefMakePath ", std::dec, size);
-  const std::string& text = PathOf(reference);
+OSStatus FSRefMakePath(const FSRef*, UInt8* path, UInt32 size) {
+  Record("FSRefMakePath ", size);
+  const std::string& text = test::System().reference;
   if (text.size() >= size) return size % 1024 == 0 ? -210 : -2110;
-  std::memcpy(path, text.c_str(), text.size() + 1);
+  text.copy(reinterpret_cast<char*>(path), size);
+  path[text.size()] = 0;
   return noErr;
 }
 
@@ -110,7 +93,7 @@ OSErr Gestalt(OSType selector, SInt32* response) {
 }
 
 OSStatus LSOpenApplication(const LSApplicationParameters* asked, ProcessSerialNumber* process) {
-  Record("LSOpenApplication ", PathOf(asked->application), " version=", asked->version,
+  Record("LSOpenApplication ", test::System().reference, std::hex, " version=", asked->version,
          " flags=", asked->flags, " refcon=", asked->asyncLaunchRefCon,
          " environment=", asked->environment, " argv=", asked->argv,
          " event=", static_cast<void*>(asked->initialEvent),

@@ -9,73 +9,52 @@
 #include "tests/macos/recording_system.h"
 #include "tests/test_support.h"
 
+namespace test {
 namespace {
 
 using platform::FolderDomain;
+using platform::kUtilitiesFolderType;
 using testing::ElementsAre;
 
-class Recordings : public test::TreeTest {
- protected:
+struct Recordings : TreeTest {
   Recordings() { system = {}; }
-  ~Recordings() override {
-    EXPECT_EQ(system.unreleased, 0) << "Core Foundation objects are not given back";
-  }
-
-  test::RecordingSystem& system = test::System();
+  RecordingSystem& system = System();
 };
 
-TEST_F(Recordings, LaunchServicesAreNotAskedForAnApplicationThatIsMissing) {
-  const std::string path = top / "Some.app";
+TEST_F(Recordings, LaunchServicesOpenANewInstanceAsynchronouslyUnlessItIsMissing) {
+  const std::string path = top / "Some.app", look = "FSPathMakeRef " + path + " ";
+  const std::string open = "LSOpenApplication " + path +
+                           " version=0 flags=90001 refcon=0 environment=0 argv=0 event=0 process=0";
   EXPECT_FALSE(platform::LaunchApplication(path));
-  EXPECT_THAT(system.calls, ElementsAre("FSPathMakeRef " + path + " 0"));
+  WriteFile(path, "");
+  EXPECT_TRUE(platform::LaunchApplication(path));
+  system.open_status = -10810;
+  EXPECT_FALSE(platform::LaunchApplication(path));
+  EXPECT_THAT(system.calls, ElementsAre(look, look, open, look, open));
 }
 
-TEST_F(Recordings, LaunchServicesOpenANewInstanceAsynchronously) {
-  const std::string path = top / "Some.app";
-  test::WriteFile(path, "");
-  for (const int status : {0, -10810}) {
-    SCOPED_TRACE("LSOpenApplication answers " + std::to_string(status));
-    system.calls.clear();
-    system.open_status = status;
-    EXPECT_EQ(platform::LaunchApplication(path), status == 0);
-    EXPECT_THAT(system.calls,
-                ElementsAre("FSPathMakeRef " + path + " 0",
-                            "LSOpenApplication " + path +
-                                " version=0 flags=0x90001 refcon=0 environment=0 argv=0 event=0"
-                                " process=0"));
-  }
-}
-
-TEST_F(Recordings, FileManagerIsAskedForTheFolder) {
-  platform::FindFolder(FolderDomain::kUser, platform::kRootFolderType, false);
-  platform::FindFolder(FolderDomain::kLocal, platform::kUtilitiesFolderType, true);
-  EXPECT_THAT(system.calls, ElementsAre("FSFindFolder -32763 root 0", "FSRefMakePath 256",
-                                        "FSFindFolder -32765 uti\xC4 1", "FSRefMakePath 256"));
-}
-
-TEST_F(Recordings, FileManagerIsAskedAgainForALongerPathUnlessItsSizeIsGiven) {
-  setenv("WAKERLY_ROOT", (top / std::string(200, 'a') / std::string(200, 'b')).c_str(), 1);
-  for (const std::size_t size : {platform::kAnySize, std::size_t{300}, std::size_t{1024}}) {
-    platform::FindFolder(FolderDomain::kLocal, platform::kUtilitiesFolderType, true, size);
-  }
-  const std::string find = "FSFindFolder -32765 uti\xC4 1";
-  EXPECT_THAT(system.calls,
-              ElementsAre(find, "FSRefMakePath 256", "FSRefMakePath 512",  // of any size
-                          find, "FSRefMakePath 300",                       // too short
-                          find, "FSRefMakePath 1024"));
+TEST_F(Recordings, FileManagerIsAskedForTheFolderAndAgainForALongerPathUnlessItsSizeIsGiven) {
+  const std::string find = "FSFindFolder -32765 uti\xC4 1", letters(200, 'a');
+  EXPECT_FALSE(platform::FindFolder(FolderDomain::kUser, platform::kFontsFolderType, false));
+  const fs::path deep = top / letters / letters / letters / letters / letters;
+  setenv("WAKERLY_ROOT", deep.c_str(), 1);
+  EXPECT_EQ(platform::FindFolder(FolderDomain::kLocal, kUtilitiesFolderType, true),
+            deep / "Applications/Utilities");
+  EXPECT_FALSE(platform::FindFolder(FolderDomain::kLocal, kUtilitiesFolderType, true, 300));
+  EXPECT_THAT(system.calls, ElementsAre("FSFindFolder -32763 font 0", find, "FSRefMakePath 256",
+                                        "FSRefMakePath 512", "FSRefMakePath 1024",
+                                        "FSRefMakePath 2048",  // of any size
+                                        find, "FSRefMakePath 300"));
 }
 
 TEST_F(Recordings, PathsThatAreNotUtf8AreNone) {
   setenv("WAKERLY_ROOT", (top / "\xFF").c_str(), 1);
-  EXPECT_FALSE(platform::FindFolder(FolderDomain::kLocal, platform::kUtilitiesFolderType, true));
+  EXPECT_FALSE(platform::FindFolder(FolderDomain::kLocal, kUtilitiesFolderType, true));
 }
 
-TEST_F(Recordings, TheConsoleUserIsAskedOfTheSystemsOwnStore) {
+TEST_F(Recordings, TheConsoleUserIsTheOneThatTheSystemsOwnStoreNames) {
   EXPECT_FALSE(platform::FindConsoleUser());
   EXPECT_THAT(system.calls, ElementsAre("SCDynamicStoreCopyConsoleUser 0"));
-}
-
-TEST_F(Recordings, TheConsoleUserIsTheOneThatTheStoreNames) {
   system.console_user = {501, 20};
   const auto user = platform::FindConsoleUser();
   ASSERT_TRUE(user);
@@ -83,27 +62,20 @@ TEST_F(Recordings, TheConsoleUserIsTheOneThatTheStoreNames) {
   EXPECT_EQ(user->gid, 20U);
 }
 
-// The numbers of the system's version, or none.
-std::string Version() {
-  const auto found = platform::FindSystemVersion();
-  if (!found) return "none";
-  return std::to_string(found->major_number) + "." + std::to_string(found->minor_number) + "." +
-         std::to_string(found->patch_number);
-}
-
-TEST_F(Recordings, TheVersionIsGestaltsWhenItKnowsAllThreeNumbers) {
+TEST_F(Recordings, TheVersionIsTheProcessInformationsOrAllThreeNumbersOfGestalt) {
+  const auto version = [] {
+    const auto found = platform::FindSystemVersion().value_or(platform::SystemVersion{});
+    return std::vector{found.major_number, found.minor_number, found.patch_number};
+  };
   system.gestalt = {{"sys1", 10}, {"sys2", 6}};
-  EXPECT_EQ(Version(), "none");
+  EXPECT_FALSE(platform::FindSystemVersion());
   system.gestalt["sys3"] = 8;
-  EXPECT_EQ(Version(), "10.6.8");
-}
-
-TEST_F(Recordings, TheVersionIsTheProcessInformationsWhenItAnswers) {
-  system.gestalt = {{"sys1", 10}, {"sys2", 6}, {"sys3", 8}};
-  test::ExpectInChild([] {  // a method that is added stays
-    test::AddOperatingSystemVersion();
-    EXPECT_EQ(Version(), "14.2.1");
+  EXPECT_THAT(version(), ElementsAre(10, 6, 8));
+  ExpectInChild([&] {  // a method that is added stays
+    AddOperatingSystemVersion();
+    EXPECT_THAT(version(), ElementsAre(14, 2, 1));
   });
 }
 
 }  // namespace
+}  // namespace test

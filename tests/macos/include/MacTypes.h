@@ -14,10 +14,6 @@ typedef SInt32 OSStatus;
 typedef UInt32 OptionBits;
 typedef UInt32 OSType;
 
-struct ProcessSerialNumber {
-  UInt32 high;
-  UInt32 low;
-};
 typedef struct ProcessSerialNumber ProcessSerialNumber;
 
 enum { noErr = 0 };
