@@ -13,6 +13,8 @@
 #include <tinyxml2.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <ext/stdio_filebuf.h>
 #include <fstream>
 #include <functional>
 #include <memory>
@@ -112,13 +114,26 @@ void MeasureSave(benchmark::State& state,
   CountBytes(state, path);
 }
 
+// Saves as the store does: what `write` writes to a new file beside is flushed and takes the place
+// of the old one.
+template <typename Write>
+bool Replace(const std::string& path, Write write) {
+  const std::string beside = path + ".new";
+  FILE* const file = std::fopen(beside.c_str(), "wxe");
+  if (file == nullptr) return false;
+  const bool written = write(file) && std::fflush(file) == 0 && fsync(fileno(file)) == 0;
+  return std::fclose(file) == 0 && written && std::rename(beside.c_str(), path.c_str()) == 0;
+}
+
 std::function<bool()> OpenBytes(const std::string& path) {
   std::ostringstream text;
   text << std::ifstream(path).rdbuf();
-  return [path, bytes = text.str()] {
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+  return [path, beside = path + ".new", bytes = text.str()] {
+    const int file = open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     const ssize_t written = write(file, bytes.data(), bytes.size());
-    return close(file) == 0 && written == static_cast<ssize_t>(bytes.size());
+    const bool flushed = fsync(file) == 0;
+    return close(file) == 0 && flushed && written == static_cast<ssize_t>(bytes.size()) &&
+           std::rename(beside.c_str(), path.c_str()) == 0;
   };
 }
 
@@ -129,28 +144,44 @@ std::function<bool()> OpenStore(const std::string& path) {
 
 std::function<bool()> OpenPoco(const std::string& path) {
   return [path, document = ParseWithPoco(path)] {
-    Poco::XML::DOMWriter writer;
-    writer.setOptions(Poco::XML::XMLWriter::WRITE_XML_DECLARATION);
-    writer.writeNode(path, document);
-    return true;
+    return Replace(path, [&](FILE* file) {
+      // Its streams do not give their descriptor away, which the flush needs.
+      __gnu_cxx::stdio_filebuf<char> buffer(dup(fileno(file)), std::ios::out);
+      std::ostream stream(&buffer);
+      Poco::XML::DOMWriter writer;
+      writer.setOptions(Poco::XML::XMLWriter::WRITE_XML_DECLARATION);
+      writer.writeNode(stream, document);
+      return static_cast<bool>(stream.flush());
+    });
   };
 }
 
 std::function<bool()> OpenLibxml2(const std::string& path) {
   const std::shared_ptr<xmlDoc> document(xmlReadFile(path.c_str(), nullptr, 0), &xmlFreeDoc);
-  return [path, document] { return xmlSaveFile(path.c_str(), document.get()) >= 0; };
+  return [path, document] {
+    return Replace(path, [&](FILE* file) { return xmlDocDump(file, document.get()) >= 0; });
+  };
 }
 
 std::function<bool()> OpenTinyxml2(const std::string& path) {
   const auto document = std::make_shared<tinyxml2::XMLDocument>();
   document->LoadFile(path.c_str());
-  return [path, document] { return document->SaveFile(path.c_str()) == tinyxml2::XML_SUCCESS; };
+  return [path, document] {
+    return Replace(path,
+                   [&](FILE* file) { return document->SaveFile(file) == tinyxml2::XML_SUCCESS; });
+  };
 }
 
 std::function<bool()> OpenPugixml(const std::string& path) {
   const auto document = std::make_shared<pugi::xml_document>();
   document->load_file(path.c_str());
-  return [path, document] { return document->save_file(path.c_str(), ""); };
+  return [path, document] {
+    return Replace(path, [&](FILE* file) {
+      pugi::xml_writer_file writer(file);
+      document->save(writer, "");
+      return std::ferror(file) == 0;
+    });
+  };
 }
 
 BENCHMARK_CAPTURE(MeasureSave, limit, OpenBytes)->Name("save/limit")->Apply(Sizes);

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <QSettings>
+#include <cstdio>
 #include <string>
 
 #include "bench/support.h"
@@ -78,15 +79,17 @@ BENCHMARK(Read)->Name("read/wakerly");
 void SetLimit(benchmark::State& state) {
   const bench::Scratch scratch;
   const std::string path = bench::MakePrefsFile(scratch, bench::kSchemaEntries);
+  const std::string beside = path + ".new";
   const std::string bytes(std::filesystem::file_size(path), 'x');
   struct stat status {};
   for (auto _ : state) {
     sem_t* const lock = TakeLock();
     stat(path.c_str(), &status);
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
-    benchmark::DoNotOptimize(write(file, bytes.data(), bytes.size()));
-    close(file);
-    stat(path.c_str(), &status);
+    const int file = open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (write(file, bytes.data(), bytes.size()) < 0 || fsync(file) != 0 || close(file) != 0 ||
+        std::rename(beside.c_str(), path.c_str()) != 0) {
+      state.SkipWithError("not written");
+    }
     GiveLock(lock);
   }
 }
