@@ -9,20 +9,24 @@
 #include <optional>
 #include <string>
 
+struct stat;
+
 namespace platform {
 
-/// Which object it is, and when its content last changed.
+/// Which object it is, when its content last changed, and how much that is.
 struct FileStamp {
   std::uint64_t time = 0;    ///< in nanoseconds since the epoch, 0 for a time before
   std::uint64_t device = 0;  ///< the file system's number
   std::uint64_t inode = 0;   ///< the object's number there; given to others when it is gone
+  std::uint64_t size = 0;    ///< in bytes
 };
 
-/// The stamp of the object at `path`, or of the open file `descriptor`. Nothing, with errno telling
-/// why, when it cannot be looked at.
+/// The stamp of the object at `path`, of the open file `descriptor`, or of what stat(2) gave.
+/// Nothing, with errno telling why, when it cannot be looked at.
 ///@{
 std::optional<FileStamp> StampOf(const std::string& path);
 std::optional<FileStamp> StampOf(int descriptor);
+FileStamp StampOf(const struct stat& status);
 ///@}
 
 /// Gives the open file `to` the access control list and the extended attributes of the open file

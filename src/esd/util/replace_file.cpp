@@ -37,11 +37,17 @@ std::string FolderOf(const std::string& path) {
   return folder.empty() ? "." : folder;
 }
 
+struct Place {
+  std::string path;
+  FileType type;
+};
+
 // Where the chain of links that begins at `path` ends; nothing where it has no end.
-std::optional<std::string> FollowLinks(std::string path) {
+std::optional<Place> FollowLinks(std::string path) {
   constexpr int kMostLinks = 40;  // as Linux: path_resolution(7)
   for (int links = 0; links < kMostLinks; ++links) {
-    if (platform::TypeOfLink(path) != FileType::kSymbolicLink) return path;
+    const FileType type = platform::TypeOfLink(path);
+    if (type != FileType::kSymbolicLink) return Place{path, type};
     char target[PATH_MAX];
     const ssize_t size = readlink(path.c_str(), target, sizeof target);
     if (size <= 0 || size == sizeof target) return std::nullopt;
@@ -126,35 +132,50 @@ std::optional<FileStamp> StampLaterThan(int file, std::uint64_t time) {
 // Some file systems have no such thing to do.
 bool Flush(int file) { return fsync(file) == 0 || ErrorIsOneOf({EINVAL, ENOTSUP}); }
 
-// What a file gets that takes the place of another; nothing when it cannot be written whole.
-std::optional<FileStamp> Fill(int file, std::string_view bytes, std::uint64_t later_than) {
-  if (!WriteAll(file, bytes) || ftruncate(file, static_cast<off_t>(bytes.size())) != 0) {
-    return std::nullopt;
-  }
+// What a file gets when it is written; nothing when that cannot reach the disk.
+std::optional<FileStamp> Finish(int file, std::uint64_t later_than) {
   const std::optional<FileStamp> stamp = StampLaterThan(file, later_than);
   return Flush(file) ? stamp : std::nullopt;
 }
 
-bool CopyRights(int from, int to) {
-  struct stat wanted {};
+// Fills an empty file; nothing when it cannot be written whole.
+std::optional<FileStamp> Fill(int file, std::string_view bytes, std::uint64_t later_than) {
+  return WriteAll(file, bytes) ? Finish(file, later_than) : std::nullopt;
+}
+
+// The same for a file that holds something.
+std::optional<FileStamp> Refill(int file, std::string_view bytes, std::uint64_t later_than) {
+  const bool is_whole =
+      WriteAll(file, bytes) && ftruncate(file, static_cast<off_t>(bytes.size())) == 0;
+  return is_whole ? Finish(file, later_than) : std::nullopt;
+}
+
+// The file that is replaced.
+struct Former {
+  FileDescriptor file;  // not open where there is none
+  struct stat status {};
+};
+
+bool CopyRights(const Former& former, int to) {
+  const struct stat& wanted = former.status;
   struct stat given {};
-  if (fstat(from, &wanted) != 0 || fstat(to, &given) != 0) return false;
+  if (fstat(to, &given) != 0) return false;
   const bool is_owned = wanted.st_uid == given.st_uid && wanted.st_gid == given.st_gid;
   // A list of rights comes last: changing the mode would change it.
   return (is_owned || fchown(to, wanted.st_uid, wanted.st_gid) == 0) &&
-         fchmod(to, wanted.st_mode & 07777) == 0 && platform::CopyAclAndAttributes(from, to);
+         fchmod(to, wanted.st_mode & 07777) == 0 &&
+         platform::CopyAclAndAttributes(former.file.number(), to);
 }
 
 enum class Outcome { kReplaced, kFailed, kImpossible };
 
-// `former` is open on the old file, or not where there is none.
-Outcome PutNewFile(const std::string& path, const FileDescriptor& former, std::string_view bytes,
+Outcome PutNewFile(const std::string& path, const Former& former, std::string_view bytes,
                    std::uint64_t later_than, std::optional<FileStamp>& stamp) {
-  NewFile file(path, former ? 0600 : 0666);
+  NewFile file(path, former.file ? 0600 : 0666);
   if (!file) {
     return ErrorIsOneOf({EACCES, EPERM, ENAMETOOLONG}) ? Outcome::kImpossible : Outcome::kFailed;
   }
-  if (former && !CopyRights(former.number(), file.number())) return Outcome::kImpossible;
+  if (former.file && !CopyRights(former, file.number())) return Outcome::kImpossible;
   stamp = Fill(file.number(), bytes, later_than);
   if (!stamp) return Outcome::kFailed;
   if (file.RenameTo(path)) return Outcome::kReplaced;
@@ -165,17 +186,17 @@ struct CloseFolder {
   void operator()(DIR* folder) const { closedir(folder); }
 };
 
-std::optional<FileStamp> WriteOver(const std::string& path, const FileDescriptor& former,
+std::optional<FileStamp> WriteOver(const std::string& path, const Former& former,
                                    std::string_view bytes, std::uint64_t later_than) {
   const std::optional<std::string> former_bytes =
       platform::ReadRegularFile(path, std::numeric_limits<std::size_t>::max());
   // What may not be read has always been replaced all the same.
   if (!former_bytes && !ErrorIsOneOf({EACCES, EPERM})) return std::nullopt;
-  const std::optional<FileStamp> former_stamp = platform::StampOf(former.number());
-  const std::optional<FileStamp> stamp = Fill(former.number(), bytes, later_than);
-  if (!stamp && former_bytes && former_stamp) {
-    Fill(former.number(), *former_bytes, 0);
-    SetTime(former.number(), former_stamp->time);
+  const int file = former.file.number();
+  const std::optional<FileStamp> stamp = Refill(file, bytes, later_than);
+  if (!stamp && former_bytes) {
+    Refill(file, *former_bytes, 0);
+    SetTime(file, platform::StampOf(former.status).time);
   }
   return stamp;
 }
@@ -194,24 +215,23 @@ std::optional<FileStamp> WriteNew(const std::string& path, std::string_view byte
 
 std::optional<FileStamp> ReplaceFile(const std::string& given_path, std::string_view bytes,
                                      std::uint64_t later_than) {
-  const std::optional<std::string> path = FollowLinks(given_path);
-  if (!path) return std::nullopt;
-  const FileType type = platform::TypeOfLink(*path);
+  const std::optional<Place> place = FollowLinks(given_path);
+  if (!place) return std::nullopt;
+  const auto& [path, type] = *place;
   if (type != FileType::kRegular && type != FileType::kNone) return std::nullopt;
   // Opened first and left as it is, so that a file that may not be written stays in its place.
-  const FileDescriptor former(open(path->c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  if (!former && errno != ENOENT) return std::nullopt;
-  struct stat status {};
-  if (former && fstat(former.number(), &status) != 0) return std::nullopt;
-  if (former && !S_ISREG(status.st_mode)) return std::nullopt;
-  if (const auto before = former ? platform::StampOf(former.number()) : std::nullopt) {
-    later_than = std::max(later_than, before->time);
+  Former former{FileDescriptor(open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC))};
+  if (!former.file && errno != ENOENT) return std::nullopt;
+  if (former.file) {
+    if (fstat(former.file.number(), &former.status) != 0) return std::nullopt;
+    if (!S_ISREG(former.status.st_mode)) return std::nullopt;
+    later_than = std::max(later_than, platform::StampOf(former.status).time);
   }
 
   std::optional<FileStamp> stamp;
-  const bool has_other_links = former && status.st_nlink > 1;
+  const bool has_other_links = former.file && former.status.st_nlink > 1;
   switch (has_other_links ? Outcome::kImpossible
-                          : PutNewFile(*path, former, bytes, later_than, stamp)) {
+                          : PutNewFile(path, former, bytes, later_than, stamp)) {
     case Outcome::kReplaced:
       return stamp;
     case Outcome::kFailed:
@@ -219,14 +239,15 @@ std::optional<FileStamp> ReplaceFile(const std::string& given_path, std::string_
     case Outcome::kImpossible:
       break;
   }
-  return former ? WriteOver(*path, former, bytes, later_than) : WriteNew(*path, bytes, later_than);
+  return former.file ? WriteOver(path, former, bytes, later_than)
+                     : WriteNew(path, bytes, later_than);
 }
 
 void RemoveLeftovers(const std::string& given_path) {
-  const std::optional<std::string> path = FollowLinks(given_path);
-  if (!path) return;
-  const std::string prefix = NewFilePrefix(*path);
-  const std::unique_ptr<DIR, CloseFolder> folder(opendir(FolderOf(*path).c_str()));
+  const std::optional<Place> place = FollowLinks(given_path);
+  if (!place) return;
+  const std::string prefix = NewFilePrefix(place->path);
+  const std::unique_ptr<DIR, CloseFolder> folder(opendir(FolderOf(place->path).c_str()));
   while (const dirent* entry = folder ? readdir(folder.get()) : nullptr) {
     const std::string_view name(entry->d_name);
     const bool is_leftover =

@@ -16,15 +16,6 @@
 namespace platform {
 namespace {
 
-FileStamp Stamp(const struct stat& status) {
-  const timespec& time = status.st_mtim;
-  const std::uint64_t nanoseconds = time.tv_sec < 0
-                                        ? 0
-                                        : static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000U +
-                                              static_cast<std::uint64_t>(time.tv_nsec);
-  return {nanoseconds, static_cast<std::uint64_t>(status.st_dev), status.st_ino};
-}
-
 using Names = std::vector<std::string>;
 
 // The names of a file's extended attributes; none where its file system has no such thing.
@@ -58,16 +49,26 @@ bool CopyAttribute(int from, int to, const std::string& name) {
 
 }  // namespace
 
+FileStamp StampOf(const struct stat& status) {
+  const timespec& time = status.st_mtim;
+  const std::uint64_t nanoseconds = time.tv_sec < 0
+                                        ? 0
+                                        : static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000U +
+                                              static_cast<std::uint64_t>(time.tv_nsec);
+  return {nanoseconds, static_cast<std::uint64_t>(status.st_dev), status.st_ino,
+          static_cast<std::uint64_t>(status.st_size)};
+}
+
 std::optional<FileStamp> StampOf(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) return std::nullopt;
-  return Stamp(status);
+  return StampOf(status);
 }
 
 std::optional<FileStamp> StampOf(int descriptor) {
   struct stat status {};
   if (fstat(descriptor, &status) != 0) return std::nullopt;
-  return Stamp(status);
+  return StampOf(status);
 }
 
 // The ACL is an attribute, too: acl(5). A new file may have got one from its folder.
