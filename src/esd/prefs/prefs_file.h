@@ -30,6 +30,8 @@ class PrefsFile {
   void Forget() { stamp_ = {}; }
   /// The file's modification time, in nanoseconds since the epoch; 0 for none.
   std::uint64_t time() const { return stamp_.time; }
+  /// The file's size in bytes; 0 for none.
+  std::uint64_t size() const { return stamp_.size; }
 
   /// Makes `text` the content of the file `path`, as ReplaceFile does, with a time that nobody who
   /// loaded the file before has seen, and remembers it. On false the file and what is remembered

@@ -6,7 +6,6 @@
 #include <iterator>
 #include <new>
 #include <optional>
-#include <sstream>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
@@ -48,7 +47,10 @@ void PrefsWriter::SetPrefsPath(const std::string& path) {
   const PrefsLock lock(*this);
   if (!lock.held()) return;
   const bool is_reload = path == prefs_path_ && root_ != nullptr;
-  if (path != prefs_path_) file_.Forget();
+  if (path != prefs_path_) {
+    file_.Forget();
+    is_tidy_ = false;
+  }
   prefs_path_ = path;
   const platform::FileDescriptor file = platform::OpenRegularFile(path);
   const int error = file ? 0 : errno;
@@ -207,12 +209,15 @@ bool PrefsWriter::SetPref(const std::string& key, const T& value) {
 bool PrefsWriter::Save() {
   PrefsLock lock(*this);
   if (!lock.held() || root_ == nullptr || !is_up_to_date_) return false;
-  std::ostringstream text;
-  WriteXMLNode(text, *builder_.GetRoot());
-  if (lock_policy_ != nullptr) RemoveLeftovers(prefs_path_);
-  // A stream that gets no memory keeps a part of the text and says so.
-  if (!text || !file_.Replace(prefs_path_, std::move(text).str())) return false;
-  return lock.Release();
+  std::string text;
+  try {
+    text = ToXMLText(*builder_.GetRoot(), file_.size());
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  if (lock_policy_ != nullptr && !is_tidy_) RemoveLeftovers(prefs_path_);
+  is_tidy_ = is_tidy_ || lock_policy_ != nullptr;
+  return file_.Replace(prefs_path_, text) && lock.Release();
 }
 
 template bool PrefsWriter::GetPref(const std::string&, bool&, const bool&);

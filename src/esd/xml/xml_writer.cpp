@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace esd {
@@ -13,27 +14,67 @@ struct OpenNode {
   std::size_t next_child;
 };
 
-// Gathers what stands in one line, since handing a stream many pieces takes more time than writing
-// the text.
+// The entity that stands for a character, or null for one that stands for itself.
+const char* EntityOf(char c) {
+  switch (c) {
+    case '"':
+      return "&quot;";
+    case '&':
+      return "&amp;";
+    case '\'':
+      return "&apos;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    default:
+      return nullptr;
+  }
+}
+
+void AppendEscaped(std::string& out, const char* begin, const char* end) {
+  const char* copied = begin;
+  for (const char* c = begin; c != end; ++c) {
+    const char* const entity = EntityOf(*c);
+    if (entity == nullptr) continue;
+    out.append(copied, c).append(entity);
+    copied = c + 1;
+  }
+  out.append(copied, end);
+}
+
+// Gathers the text, and hands it to the stream, where there is one, line by line: many pieces would
+// take more time than writing the text.
 class LineWriter {
  public:
-  explicit LineWriter(std::ostream& stream) : stream_(stream) {}
+  explicit LineWriter(std::ostream* stream) : stream_(stream) {}
+
+  void Expect(std::size_t bytes) { text_.reserve(bytes + kSlack); }
 
   LineWriter& operator<<(std::string_view text) {
-    line_ += text;
+    text_ += text;
     return *this;
   }
 
-  void EndLine() {
-    stream_ << line_ << std::endl;
-    line_.clear();
+  void Escape(std::string_view text) {
+    AppendEscaped(text_, text.data(), text.data() + text.size());
   }
 
-  void EndText() { stream_ << line_; }
+  void EndLine() {
+    text_ += '\n';
+    if (stream_ == nullptr) return;
+    *stream_ << text_ << std::flush;
+    text_.clear();
+  }
+
+  // What has not been handed to a stream.
+  std::string TakeRest() { return std::move(text_); }
 
  private:
-  std::ostream& stream_;
-  std::string line_;
+  static constexpr std::size_t kSlack = 1024;
+
+  std::ostream* stream_;
+  std::string text_;
 };
 
 void WriteAttributes(LineWriter& out, const XMLDocumentNode& node, const char* before,
@@ -56,27 +97,9 @@ void WriteStart(LineWriter& out, const XMLDocumentNode& node) {
   out << ">";
   const std::string data = node.GetData();
   if (!data.empty()) {
-    out << XMLEscaping::EscapeXML(data.data(), data.data() + data.size());
+    out.Escape(data);
   } else if (!node.children().empty()) {
     out.EndLine();
-  }
-}
-
-// The entity that stands for a character, or null for one that stands for itself.
-const char* EntityOf(char c) {
-  switch (c) {
-    case '"':
-      return "&quot;";
-    case '&':
-      return "&amp;";
-    case '\'':
-      return "&apos;";
-    case '<':
-      return "&lt;";
-    case '>':
-      return "&gt;";
-    default:
-      return nullptr;
   }
 }
 
@@ -84,10 +107,7 @@ void WriteEnd(LineWriter& out, const XMLDocumentNode& node) {
   if (!node.is_declaration()) out << "</" << node.GetName() << ">";
 }
 
-}  // namespace
-
-std::ostream& WriteXMLNode(std::ostream& stream, const XMLDocumentNode& node) {
-  LineWriter out(stream);
+void Write(LineWriter& out, const XMLDocumentNode& node) {
   // A writer that called itself for each level would overrun the stack on a deep document.
   std::vector<OpenNode> open = {{&node, 0}};
   WriteStart(out, node);
@@ -103,21 +123,28 @@ std::ostream& WriteXMLNode(std::ostream& stream, const XMLDocumentNode& node) {
       if (!open.empty()) out.EndLine();
     }
   }
-  out.EndText();
-  return stream;
+}
+
+}  // namespace
+
+std::ostream& WriteXMLNode(std::ostream& stream, const XMLDocumentNode& node) {
+  LineWriter out(&stream);
+  Write(out, node);
+  return stream << out.TakeRest();
+}
+
+std::string ToXMLText(const XMLDocumentNode& node, std::size_t expected) {
+  LineWriter out(nullptr);
+  out.Expect(expected);
+  Write(out, node);
+  return out.TakeRest();
 }
 
 std::string XMLEscaping::EscapeXML(const char* begin, const char* end) {
   std::string escaped;
   escaped.reserve(static_cast<std::size_t>(end - begin));
-  const char* copied = begin;
-  for (const char* c = begin; c != end; ++c) {
-    const char* const entity = EntityOf(*c);
-    if (entity == nullptr) continue;
-    escaped.append(copied, c).append(entity);
-    copied = c + 1;
-  }
-  return escaped.append(copied, end);
+  AppendEscaped(escaped, begin, end);
+  return escaped;
 }
 
 }  // namespace esd

@@ -2,6 +2,7 @@
 #ifndef ESD_XML_XML_WRITER_H_
 #define ESD_XML_XML_WRITER_H_
 
+#include <cstddef>
 #include <ostream>
 #include <string>
 
@@ -13,6 +14,9 @@ namespace esd {
 /// after every newline. The caller looks at its state. Only character data is escaped: an
 /// attribute value that holds a quote, "<" or "&" gives text that does not parse back.
 std::ostream& WriteXMLNode(std::ostream& stream, const XMLDocumentNode& node);
+
+/// The text that WriteXMLNode writes. It is made fastest when it has about `expected` bytes.
+std::string ToXMLText(const XMLDocumentNode& node, std::size_t expected);
 
 namespace XMLEscaping {
 
