@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Runs every measurement and prints one table.
 
-usage: bench.py BUILD MEMORY DISK RESULTS.json CHART.svg
+usage: bench.py BUILD MEMORY DISK DOCS
 
 BUILD is the folder of a build with WAKERLY_BENCH on; what is measured writes below MEMORY, which
-should be in memory, or DISK. Each figure is a median of runs that took turns with those it is
+should be in memory, or DISK. The folder DOCS gets performance.json and growth.svg, and new figures
+in the tables of its performance.md. Each figure is a median of runs that took turns with those it is
 compared with, and each ratio the median of the ratios of such turns.
 """
 
@@ -37,12 +38,12 @@ PEERS = {"Poco", "QSettings", "libxml2", "log4cplus", "pugixml", "python", "shel
 # What is compared: a title, ours, the limit, the most that the goal allows of it, and the others
 # with the least that the goal asks of them in our times (0: shown, no goal).
 ROWS = [
-    ("run, logon and not due", "run/logon", "run/empty", 2.0,
+    ("logon, nothing due", "run/logon", "run/empty", 2.0,
      {"run/python": 0, "run/shell": 0}),
-    ("run, scheduled", "run/scheduled", "run/empty", 2.0, {"run/python": 0, "run/shell": 0}),
-    ("the same on two cores, logon", "two cores/run/logon", "two cores/run/empty", 2.0, {}),
-    ("the same on two cores, scheduled", "two cores/run/scheduled", "two cores/run/empty", 2.0, {}),
-    ("peak memory, logon and not due", "peak/logon", "peak/empty", 1.5, {}),
+    ("scheduled", "run/scheduled", "run/empty", 2.0, {"run/python": 0, "run/shell": 0}),
+    ("logon, on two cores", "two cores/run/logon", "two cores/run/empty", 2.0, {}),
+    ("scheduled, on two cores", "two cores/run/scheduled", "two cores/run/empty", 2.0, {}),
+    ("peak memory, logon", "peak/logon", "peak/empty", 1.5, {}),
     ("peak memory, scheduled", "peak/scheduled", "peak/empty", 1.5, {}),
     ("a program linked to expat", "run/empty_expat", "run/empty", 0, {}),
     ("a program linked to libplist", "run/empty_plist", "run/empty", 0, {}),
@@ -206,6 +207,29 @@ def print_table(rows):
               f"{row['ratio']:.2f}{goal('≤', row['goal'], row['met']):16} {', '.join(peers)}")
 
 
+def document_row(row):
+    """A row of a table in performance.md."""
+    def peer_text(name, peer):
+        missed = f" (**not {peer['goal']:g}**)" if peer["met"] is False else ""
+        return f"{name} {peer['ratio']:.2f}{missed}"
+
+    goal = f"{row['goal']:g}, {'met' if row['met'] else '**not met**'}" if row["goal"] else ""
+    peers = ", ".join(peer_text(*peer) for peer in row["peers"].items())
+    return (f"| {row['title']} | {human(row['name'], row['ours'])} | {human(row['name'], row['limit'])} "
+            f"| {row['ratio']:.2f} | {goal} | {peers} |")
+
+
+def fill_document(path, rows, load):
+    """Puts new figures into the tables, whose rows are known by their titles."""
+    new = {f"| {row['title']} ": document_row(row) for row in rows}
+    run = (f"Last run: {time.strftime('%Y-%m-%d %H:%M')}, {os.cpu_count()} cores, "
+           f"load {load[0]:.1f} at its beginning and {load[1]:.1f} at its end.")
+    lines = [run if line.startswith("Last run: ") else
+             next((row for title, row in new.items() if line.startswith(title + "|")), line)
+             for line in path.read_text().splitlines()]
+    path.write_text("\n".join(lines) + "\n")
+
+
 def growth_series(samples, sizes):
     """By series, the number of items and the nanoseconds, and bytes, for each of them."""
     series = collections.defaultdict(list)
@@ -271,8 +295,9 @@ def chart(series):
 
 
 def main():
-    build, memory, disk, results, picture = (pathlib.Path(path).resolve() for path in sys.argv[1:])
+    build, memory, disk, docs = (pathlib.Path(path).resolve() for path in sys.argv[1:])
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
+    load = [os.getloadavg()[0]]
     # Where files lie in memory, a disk has no say in the figures.
     tree = Tree(build, memory)
     try:
@@ -294,8 +319,11 @@ def main():
     print_table(rows)
     print_growth(series)
     print_system_calls(calls)
-    results.write_text(json.dumps({"rows": rows, "growth": series, "system_calls": calls}, indent=1))
-    picture.write_text(chart(series))
+    load.append(os.getloadavg()[0])
+    (docs / "performance.json").write_text(json.dumps(
+        {"load": load, "rows": rows, "growth": series, "system_calls": calls}, indent=1))
+    (docs / "growth.svg").write_text(chart(series))
+    fill_document(docs / "performance.md", rows, load)
 
 
 if __name__ == "__main__":
