@@ -47,10 +47,7 @@ void PrefsWriter::SetPrefsPath(const std::string& path) {
   const PrefsLock lock(*this);
   if (!lock.held()) return;
   const bool is_reload = path == prefs_path_ && root_ != nullptr;
-  if (path != prefs_path_) {
-    file_.Forget();
-    is_tidy_ = false;
-  }
+  if (path != prefs_path_) file_.Forget();
   prefs_path_ = path;
   const platform::FileDescriptor file = platform::OpenRegularFile(path);
   const int error = file ? 0 : errno;
@@ -215,8 +212,7 @@ bool PrefsWriter::Save() {
   } catch (const std::bad_alloc&) {
     return false;
   }
-  if (lock_policy_ != nullptr && !is_tidy_) RemoveLeftovers(prefs_path_);
-  is_tidy_ = is_tidy_ || lock_policy_ != nullptr;
+  if (lock_policy_ != nullptr) RemoveLeftovers(prefs_path_);
   return file_.Replace(prefs_path_, text) && lock.Release();
 }
 

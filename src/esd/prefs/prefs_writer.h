@@ -96,7 +96,6 @@ class PrefsWriter {
   LockPolicyInterface* lock_policy_ = nullptr;  ///< not owned
   PrefsFile file_;             ///< as last loaded or saved, its modification time above all
   bool is_up_to_date_ = true;  ///< false when the last look at the file was refused
-  bool is_tidy_ = false;       ///< whether what killed saves left beside the file has been removed
 };
 
 }  // namespace esd
