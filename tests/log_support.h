@@ -21,13 +21,6 @@ inline void SetTimeZone(const std::string& zone) {
   tzset();
 }
 
-/// Writes a property list with one string.
-inline void WritePropertyList(const fs::path& path, const std::string& key,
-                              const std::string& value) {
-  WriteFile(path,
-            "<plist><dict><key>" + key + "</key><string>" + value + "</string></dict></plist>");
-}
-
 inline bool OpenOn(welko::LogTargetDefault& target, const fs::path& log) {
   return target.SetLogFile(log.filename().c_str(), log.parent_path().c_str()) && target.Open();
 }
@@ -38,18 +31,9 @@ inline void Write(welko::LogTargetDefault& target, const std::string& message, i
   target.Log(level, {"a", "b", "c", "d", "e", "f"}, message.c_str(), nullptr, seconds * 1000, true);
 }
 
-/// The lines of `log` behind its header block, which is compared here.
-inline Lines LinesAfterHeader(const fs::path& log) {
-  Lines lines = ReadLog(log);
-  lines.resize(std::max<std::size_t>(lines.size(), 6), "missing");
-  EXPECT_EQ(Text(Messages({lines.begin(), lines.begin() + 6})), Text(HeaderMessages()))
-      << "which should be the header block of " << log;
-  return {lines.begin() + 6, lines.end()};
-}
-
-/// The messages of those lines, one line each.
+/// The messages of `log` behind its header block, one line each.
 inline std::string MessagesAfterHeader(const fs::path& log) {
-  return Text(Messages(LinesAfterHeader(log)));
+  return Text(Messages(LinesAfterHeader(ReadLog(log))));
 }
 
 }  // namespace test

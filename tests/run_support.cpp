@@ -27,11 +27,6 @@ std::string LogLine(const std::string& message, const std::string& level) {
   return "TIME | [" + level + "] |  | UPDATER | WAKERLY |  |  |  | TID | " + message;
 }
 
-Lines LinesAfterHeader(const Lines& log) {
-  const std::size_t header = std::min(log.size(), HeaderMessages().size());
-  return {log.begin() + static_cast<std::ptrdiff_t>(header), log.end()};
-}
-
 RunTest::RunTest() {
   // What a run leaves running becomes this process's child, and can be waited for.
   prctl(PR_SET_CHILD_SUBREAPER, 1);

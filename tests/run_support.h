@@ -25,8 +25,6 @@ std::string PrefsText(const std::vector<std::pair<std::string, std::string>>& en
 
 /// A line of the program's log, as ReadLog gives it.
 std::string LogLine(const std::string& message, const std::string& level = "INFO");
-/// What the program logged in one run with a log of its own: the lines behind the header block.
-Lines LinesAfterHeader(const Lines& log);
 
 /// The sample library calls back before its request returns, so that no run waits for it. An empty
 /// log lies where a run writes it, so that no run meets the lock of another test's.

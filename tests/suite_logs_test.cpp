@@ -1,77 +1,67 @@
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/console_user.h"
-#include "platform/folders.h"
 #include "tests/log_support.h"
-
-namespace platform {
-
-// Answer for the system in these tests.
-std::optional<ConsoleUser> g_console;
-std::optional<ConsoleUser> FindConsoleUser() { return g_console; }
-std::string HomeFolder() { return getenv("HOME"); }
-std::optional<std::string> FindFolder(FolderDomain, FolderType, bool, std::size_t) {
-  return HomeFolder();
-}
-
-}  // namespace platform
+#include "tests/system_stand_in.h"
 
 namespace test {
 namespace {
 
-using SuiteLogs = TreeTest;
-
-std::string RightsOf(const std::string& mode, uid_t owner, gid_t group) {
-  return "mode " + mode + ", owner " + std::to_string(owner) + ", group " + std::to_string(group);
-}
-
 // The folders that all users of the machine log into, for a target that is given none.
-TEST_F(SuiteLogs, AreTheConsoleUsersAndOpenToAllOnlyWhereTheyAreMade) {
-  fs::permissions(top, fs::perms{0755});
-  umask(0027);
+class SuiteLogs : public TreeTest {
+ protected:
+  SuiteLogs() { fs::permissions(top, fs::perms{0755}); }
+  ~SuiteLogs() override { System() = {}; }
+
+  void LetSit(uid_t user, gid_t group) const {
+    System() = {.has_seat = true, .active_user = user, .users = {{user, {group, home}}}};
+  }
   // Only root can give folders away.
-  const platform::ConsoleUser user = geteuid() == 0 ? platform::ConsoleUser{65534, 65533}
-                                                    : platform::ConsoleUser{geteuid(), getegid()};
-  const std::string shared = RightsOf("0777", user.uid, user.gid);
-  const std::string own = RightsOf("0750", geteuid(), getegid());
-  const fs::path outer = home / "Library/Logs/Lumora", inner = outer / "Lumdesk";
+  const uid_t ordinary_user = geteuid() == 0 ? kOrdinaryUser : geteuid();
+  const fs::path logs = home / "Library/Logs", outer = logs / "Lumora", inner = outer / "Lumdesk";
+};
+
+TEST_F(SuiteLogs, AreTheConsoleUsersAndOpenToAllOnlyWhereTheyAreMade) {
+  umask(0027);
+  const gid_t group = geteuid() == 0 ? 65533 : getegid();
+  const std::string shared = RightsText(0777, ordinary_user, group);
+  const std::string own = RightsText(0750, geteuid(), getegid());
   const struct {
     const char* name;
     fs::path existing;
-    std::optional<platform::ConsoleUser> console;
+    bool at_console;
     std::string expected;
-  } rows[] = {{"nothing exists", home, user, shared},
-              {"the outer folder exists", outer, user, shared},
-              {"both exist", inner, user, own},
-              {"nobody is at the console", home, std::nullopt, own}};
+  } rows[] = {{"nothing exists", home, true, shared},
+              {"the outer folder exists", outer, true, shared},
+              {"both exist", inner, true, own},
+              {"nobody is at the console", home, false, own}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     fs::remove_all(home / "Library");
     fs::create_directories(row.existing);
-    platform::g_console = row.console;
+    LetSit(ordinary_user, group);
+    System().has_seat = row.at_console;
     EXPECT_TRUE(welko::LogTargetDefault("T").SetLogFile("", nullptr));
     EXPECT_EQ(Rights(outer), row.expected) << "which are the rights of " << outer;
     EXPECT_EQ(Rights(inner), row.expected) << "which are the rights of " << inner;
+    EXPECT_EQ(Rights(inner / "Welko.log"), RightsText(0666, geteuid(), getegid()));
   }
 }
 
 // What a link leads to is a user's own, but for root others may have laid it.
 TEST_F(SuiteLogs, BehindALinkAreMadeByItsUserAndNotByRoot) {
-  fs::permissions(top, fs::perms{0755});
-  const fs::path logs = home / "Library/Logs", elsewhere = top / "elsewhere";
-  for (const uid_t user : {geteuid(), geteuid() == 0 ? 65534 : geteuid()}) {
+  const fs::path elsewhere = top / "elsewhere";
+  for (const uid_t user : {geteuid(), ordinary_user}) {
     SCOPED_TRACE("user " + std::to_string(user));
     for (const fs::path& folder : {logs, elsewhere}) {
       fs::remove_all(folder);
       fs::create_directories(folder);
       EXPECT_EQ(chown(folder.c_str(), user, gid_t(-1)), 0);
     }
-    fs::create_directory_symlink(elsewhere, logs / "Lumora");
+    fs::create_directory_symlink(elsewhere, outer);
+    LetSit(user, getegid());
     ExpectInChild([&] {
       ASSERT_EQ(setuid(user), 0);
-      platform::g_console = platform::ConsoleUser{user, getegid()};
       EXPECT_EQ(welko::LogTargetDefault("T").SetLogFile("", nullptr), user != 0);
     });
     EXPECT_THAT(Rights(elsewhere), testing::StartsWith("mode 0755")) << "what the link leads to";

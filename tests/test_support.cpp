@@ -169,6 +169,11 @@ Lines HeaderMessages() {
           stars};
 }
 
+Lines LinesAfterHeader(const Lines& log) {
+  const std::size_t header = std::min(log.size(), HeaderMessages().size());
+  return {log.begin() + static_cast<std::ptrdiff_t>(header), log.end()};
+}
+
 Lines Messages(const Lines& lines) {
   Lines messages;
   for (const std::string& line : lines) {

@@ -82,6 +82,8 @@ void RemoveLogLock(const fs::path& log);
 Lines ReadLog(const fs::path& path);
 /// The lines of a header block on a machine without the suite, messages only.
 Lines HeaderMessages();
+/// What a log holds behind the header block, whose lines are not looked at.
+Lines LinesAfterHeader(const Lines& log);
 /// The part behind the last " | " of each line.
 Lines Messages(const Lines& lines);
 

@@ -1,7 +1,7 @@
 #include "esd/log/updater_log.h"
 
 #include <map>
-#include <set>
+#include <regex>
 
 #include "tests/log_support.h"
 
@@ -10,54 +10,47 @@ namespace {
 
 using UpdaterLog = LogTest;
 
-// The level names by message level, of lines that end with "%s%1 = 7" or another level.
-std::map<int, std::string> FoundLevels(const fs::path& log) {
-  std::map<int, std::string> found;
+// The messages that `log` has of those below, each with the level that stands in its line.
+std::string Written(const fs::path& log) {
+  static const std::regex layout(R"(.* \[(\w+)\] .* \| %s%1 = (\d+))");
+  std::string written;
   for (const std::string& line : ReadLines(log)) {
-    int level = 0;
-    if (std::sscanf(Messages({line})[0].c_str(), "%%s%%1 = %d", &level) != 1) continue;
-    const std::size_t name = line.find('[') + 1;
-    found[level] = line.substr(name, line.find(']') - name);
+    if (std::smatch match; std::regex_match(line, match, layout)) written += match.format("$2 $1 ");
   }
-  return found;
+  return written;
 }
 
 TEST_F(UpdaterLog, WritesTheLevelsOfItsTable) {
-  // The message levels that are written, by the configured level.
-  const std::set<int> written[] = {{},
-                                   {0, 1},
-                                   {0, 1, 2},
-                                   {0, 1, 2, 3},
-                                   {0, 1, 2, 3, 4},
-                                   {0, 1, 2, 5},
-                                   {0, 1, 2, 5, 6},
-                                   {0, 1, 2, 5, 6, 7},
-                                   {0, 1, 2, 5, 6, 7, 8},
-                                   {0, 1, 2, 5, 6, 7, 8, 9},
-                                   {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10},
-                                   {0, 1, 2, 5, 6, 7, 8, 9, 11}};
-  const std::string names[] = {"INFO", "INFO", "INFO", "DEBUG", "DEBUG", "INFO",
-                               "INFO", "INFO", "INFO", "INFO",  "ALL",   "INFO"};
-  for (int configured = 0; configured < 12; ++configured) {
-    const fs::path file = folder / std::to_string(configured);
-    ExpectInChild([&] {
-      EXPECT_EQ(esd::InitUpdaterLog(file, configured, "", "", ""), configured > 0);
-      for (int level = 0; level < 12; ++level) esd::UpdaterLogInt(level, "%s%1", level);
+  const std::map<int, std::string> rows = {
+      {0, ""},
+      {1, "0 INFO 1 INFO "},
+      {2, "0 INFO 1 INFO 2 INFO "},
+      {3, "0 INFO 1 INFO 2 INFO 3 DEBUG "},
+      {4, "0 INFO 1 INFO 2 INFO 3 DEBUG 4 DEBUG "},
+      {5, "0 INFO 1 INFO 2 INFO 5 INFO "},
+      {9, "0 INFO 1 INFO 2 INFO 5 INFO 6 INFO 7 INFO 8 INFO 9 INFO "},
+      {10, "0 INFO 1 INFO 2 INFO 3 DEBUG 4 DEBUG 5 INFO 6 INFO 7 INFO 8 INFO 9 INFO 10 ALL "},
+      {11, "0 INFO 1 INFO 2 INFO 5 INFO 6 INFO 7 INFO 8 INFO 9 INFO 11 INFO "}};
+  for (const auto& [configured, written] : rows) {
+    SCOPED_TRACE("configured level " + std::to_string(configured));
+    fs::remove(log);
+    ExpectInChild([&, level = configured] {
+      EXPECT_EQ(esd::InitUpdaterLog(log, level, "", "", ""), level > 0);
+      for (int message = 0; message < 12; ++message) esd::UpdaterLogInt(message, "%s%1", message);
     });
-    EXPECT_EQ(fs::exists(file), configured > 0) << "a log at configured level " << configured;
-    std::map<int, std::string> levels = FoundLevels(file);
-    for (int level = 0; level < 12; ++level) {
-      const std::string expected = written[configured].contains(level) ? names[level] : "no line";
-      const std::string found = levels.contains(level) ? levels[level] : "no line";
-      EXPECT_EQ(found, expected) << "configured level " << configured << ", message level "
-                                 << level;
-    }
+    EXPECT_EQ(Written(log), written);
+    EXPECT_EQ(fs::exists(log), configured > 0) << "whether there is a log";
   }
 }
 
-TEST_F(UpdaterLog, GoesToTheDefaultFileWhereItsPathNamesNoFolder) {
-  ExpectInChild([] { EXPECT_FALSE(esd::InitUpdaterLog("own.log", 2, "", "", "")); });
-  EXPECT_EQ(MessagesAfterHeader(user_logs / "Welko.log"), ">>> Vantre Updater Log Begin >>>\n");
+TEST_F(UpdaterLog, GoesToTheDefaultFileAndItsSwitchesWhereItsPathNamesNoFolder) {
+  WriteFile(user_logs / "Welko.trace", "");
+  ExpectInChild([] {
+    EXPECT_FALSE(esd::InitUpdaterLog("own.log", 5, "", "", ""));
+    esd::UpdaterLog(3, "traced");
+  });
+  EXPECT_EQ(MessagesAfterHeader(user_logs / "Welko.log"),
+            ">>> Vantre Updater Log Begin >>>\ntraced\n");
 }
 
 }  // namespace

@@ -1,0 +1,50 @@
+#include "welko/interface_language.h"
+
+#include "tests/test_support.h"
+
+namespace test {
+namespace {
+
+using InterfaceLanguage = TreeTest;
+
+TEST_F(InterfaceLanguage, IsThatOfTheTag) {
+  struct Row {
+    std::string tag, code;
+  };
+  std::vector<Row> rows = {
+      {"pt", "pt_BR"},      {"pt_br", "pt_BR"},   {"pt-br", "pt_BR"},      {"en", "en_US"},
+      {"es", "es_ES"},      {"fr", "fr_FR"},      {"zh", "zh_CN"},         {"zh_HK", "zh_TW"},
+      {"zh-HK", "zh_TW"},   {"zh-SG", "zh_CN"},   {"zh-Hans-TW", "zh_CN"}, {"zh-Hant-CN", "zh_TW"},
+      {"zh-HANT", "zh_CN"}, {"fr-CA-x", "fr_CA"}, {"EN-GB", "en_GB"},      {"es-419", "es_ES"},
+      {"DE-at", "de_DE"},   {"d", "nothing"},     {"xx-YY", "nothing"}};
+  for (const char* code :
+       {"cs_CZ", "da_DK", "de_DE", "el_GR", "en_US", "es_ES", "fi_FI", "fr_FR", "hu_HU",
+        "it_IT", "ja_JP", "ko_KR", "nb_NO", "nl_NL", "pl_PL", "pt_BR", "ro_RO", "ru_RU",
+        "sv_SE", "tr_TR", "uk_UA", "zh_CN", "en_GB", "es_LA", "es_NA", "fr_CA", "zh_TW"}) {
+    rows.push_back({code, code});
+  }
+  for (const Row& row : rows) {
+    std::string code = "nothing";
+    welko::MapLanguageCode(row.tag, code);
+    EXPECT_EQ(code, row.code) << "for the tag " << row.tag;
+  }
+}
+
+TEST_F(InterfaceLanguage, IsTheFirstPreferredOneThatIsSpoken) {
+  const struct {
+    const char *languages, *locale, *code;
+  } rows[] = {{"AR", "ar_DZ.UTF-8", "fr_MA"}, {"ar", "ar_TN", "fr_MA"},
+              {"ar", "ar_MA", "fr_MA"},       {"ar", "fr_MA", "en_AE"},
+              {"ar-MA:sv", "C", "sv_SE"},     {"xx:He:fr", "C", "en_IL"},
+              {"xx", "C", "en_US"},           {"", "sv_FI.UTF-8@euro", "sv_SE"}};
+  for (const auto& row : rows) {
+    setenv("LANGUAGE", row.languages, 1);
+    setenv("LANG", row.locale, 1);
+    std::string code = "left over";
+    EXPECT_TRUE(welko::GetUserInterfaceLanguage(code));
+    EXPECT_EQ(code, row.code) << "for \"" << row.languages << "\" in the locale " << row.locale;
+  }
+}
+
+}  // namespace
+}  // namespace test
