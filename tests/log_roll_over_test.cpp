@@ -1,7 +1,4 @@
 #include <gmock/gmock.h>
-#include <sys/resource.h>
-
-#include <csignal>
 
 #include "tests/log_support.h"
 #include "welko/log_backups.h"
@@ -44,13 +41,12 @@ TEST_F(LogRollOver, KeepsOldBackupsWhereQuibTraceSaysKeeplogs) {
     WriteFile(folder / "quib.trace", text);
     WriteFile(old_backup, "");
     RollsOverAtOpening(10 * kMiB);
-    EXPECT_EQ(fs::exists(old_backup), text == "keeplogs")
-        << "whether the backup of two days ago is kept where quib.trace says \"" << text << '"';
+    EXPECT_EQ(fs::exists(old_backup), text == "keeplogs") << "kept with quib.trace: " << text;
   }
 }
 
 // A check comes before a line, and goes by the time of the line before, as do the 15 minutes up to
-// the next check.
+// the next check. A clock that is set back makes none.
 TEST_F(LogRollOver, HappensEvery15Minutes) {
   const std::int64_t before = std::time(nullptr);
   ASSERT_TRUE(OpenOn(target, log));
@@ -59,21 +55,14 @@ TEST_F(LogRollOver, HappensEvery15Minutes) {
   EXPECT_FALSE(RollsOverBeforeALineOf(opened + 900)) << "last line 899 seconds after the opening";
   EXPECT_TRUE(RollsOverBeforeALineOf(opened + 1850)) << "last line 900 seconds after the opening";
   EXPECT_TRUE(RollsOverBeforeALineOf(opened + 2749)) << "last line 950 seconds after the check";
-  EXPECT_FALSE(RollsOverBeforeALineOf(opened + 2750)) << "last line 899 seconds after the check";
-}
-
-TEST_F(LogRollOver, WaitsWhileTheClockIsSetBack) {
-  ASSERT_TRUE(OpenOn(target, log));
-  const std::int64_t opened = std::time(nullptr);
-  EXPECT_FALSE(RollsOverBeforeALineOf(opened - 86400)) << "the first line";
-  EXPECT_FALSE(RollsOverBeforeALineOf(opened + 901)) << "last line a day before the opening";
-  EXPECT_TRUE(RollsOverBeforeALineOf(opened + 902)) << "last line 901 seconds after the opening";
+  EXPECT_FALSE(RollsOverBeforeALineOf(opened - 86400)) << "last line 899 seconds after the check";
+  EXPECT_FALSE(RollsOverBeforeALineOf(opened + 2800)) << "last line more than a day before it";
+  EXPECT_TRUE(RollsOverBeforeALineOf(opened + 2801)) << "last line 950 seconds after it";
 }
 
 TEST_F(LogRollOver, MovesTheTextToTheLastByte) {
   umask(0027);
-  std::string text;
-  while (text.size() < 3 * 4096 + 100) text += "line at " + std::to_string(text.size()) + "\n";
+  const std::string text = Text(Lines(3000, "line"));
   WriteFile(log, text);
   EXPECT_TRUE(welko::MoveLogText(log, folder / "backup"));
   EXPECT_EQ(ReadFile(folder / "backup"), text);
@@ -84,26 +73,9 @@ TEST_F(LogRollOver, MovesTheTextToTheLastByte) {
 TEST_F(LogRollOver, LeavesTheLogWhereTheNameOfTheBackupIsTaken) {
   WriteFile(log, "text");
   WriteFile(folder / "taken", "backup");
-  fs::create_symlink("taken", folder / "link");
-  for (const char* name : {"taken", "link"}) {
-    EXPECT_FALSE(welko::MoveLogText(log, folder / name)) << name;
-  }
+  EXPECT_FALSE(welko::MoveLogText(log, folder / "taken"));
   EXPECT_EQ(ReadFile(log), "text");
   EXPECT_EQ(ReadFile(folder / "taken"), "backup");
-}
-
-TEST_F(LogRollOver, LeavesTheLogAndNoPartOfABackupOnAFullDisk) {
-  const std::string text(10000, 'x');
-  WriteFile(log, text);
-  const int status = InChild([&] {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit full{9999, RLIM_INFINITY};
-    setrlimit(RLIMIT_FSIZE, &full);
-    return welko::MoveLogText(log, folder / "backup") ? 1 : 0;
-  });
-  EXPECT_EQ(status, 0) << "1 means that the log is moved into one byte less";
-  EXPECT_EQ(Text(Names(folder)), "own.log\n");
-  EXPECT_EQ(ReadFile(log), text);
 }
 
 TEST_F(LogRollOver, NamesABackupByTheLocalTime) {
@@ -116,19 +88,10 @@ TEST_F(LogRollOver, NamesABackupByTheLocalTime) {
 TEST_F(LogRollOver, KeepsTheNewestBackupsOfTheLastDays) {
   SetTimeZone("EST5");
   constexpr std::int64_t kEvening = 1367463600;  // 1 May 2013, 22:00 there
-  const Lines kept = {"own 2013-04-30 23-59-59.log",
-                      "own 2013-05-01 09-00-00.log",
-                      "sub/own 2013-04-20 10-00-00.log",
-                      "Own.log",
-                      "my own.log",
-                      "own.log"};
-  const Lines removed = {"own 2013-04-30 00-00-00.log",
-                         "own 2013-05-02 00-00-00.log",
-                         "own 2013-04-29 23-59-59.log",
-                         "own.trace",
-                         "own",
-                         "owner.log",
-                         "own old/x.log"};
+  const Lines kept = {"own 2013-04-30 23-59-59.log", "own 2013-05-01 09-00-00.log", "my own.log",
+                      "sub/own 2013-04-20 10-00-00.log", "own.log"};
+  const Lines removed = {"own 2013-04-30 00-00-00.log", "own 2013-05-02 00-00-00.log",
+                         "own 2013-04-29 23-59-59.log", "owner.log", "own old/x.log"};
   for (const std::string& name : kept) WriteFile(folder / name, "");
   for (const std::string& name : removed) WriteFile(folder / name, "");
   welko::RemoveOldBackups(log, kEvening, 2);

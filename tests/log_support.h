@@ -12,6 +12,7 @@ namespace test {
 /// A target at its first level, without a file, and an empty log for it.
 struct LogTest : TreeTest {
   LogTest() { MakeEmptyLog(log); }
+  std::string LastMessage() const { return Messages({ReadLines(log).back()})[0]; }
   const fs::path folder = top / "logs", log = folder / "own.log", user_logs = home / "Library/Logs";
   welko::LogTargetDefault target{"T"};
 };

@@ -2,6 +2,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <regex>
+
+#include "esd/log/updater_log.h"
 #include "tests/log_support.h"
 #include "welko/log_level.h"
 #include "welko/log_switches.h"
@@ -9,19 +12,15 @@
 namespace test {
 namespace {
 
-using testing::EndsWith;
-using testing::HasSubstr;
 using testing::StartsWith;
 
-class LogTarget : public LogTest {
- protected:
-  std::string LastMessage() const { return Messages({ReadLines(log).back()})[0]; }
-};
+using LogTarget = LogTest;
+using UpdaterLog = LogTest;
 
 TEST_F(LogTarget, WritesWhatReachesItsLevel) {
   ASSERT_TRUE(OpenOn(target, log));
   Write(target, "eyJa.eyJb", 20);  // dropped, though its line would say WARN
-  for (const int level : {40, 29, 30, 31, 50, 60, 70}) {
+  for (const int level : {40, 29, 30, 31, 50, 70}) {
     Write(target, "level " + std::to_string(level), level);
   }
   Write(target, "eyJa.eyJb");
@@ -31,46 +30,36 @@ TEST_F(LogTarget, WritesWhatReachesItsLevel) {
             "TIME | [INFO] | a | b | c | d | e | f | TID | level 30\n"
             "TIME | [ALL] | a | b | c | d | e | f | TID | level 31\n"
             "TIME | [ERROR] | a | b | c | d | e | f | TID | level 50\n"
-            "TIME | [FATAL] | a | b | c | d | e | f | TID | level 60\n"
             "TIME | [NONE] | a | b | c | d | e | f | TID | level 70\n"
             "TIME | [WARN] | a | b | c | d | e | f | TID | "
             "Found access/device token. Log skipped.\n");
 }
 
-TEST_F(LogTarget, LeavesAnExistingFileItsMode) {
-  fs::permissions(log, fs::perms{0640});
-  ASSERT_TRUE(OpenOn(target, log));
-  EXPECT_THAT(Rights(log), StartsWith("mode 0640,"));
-}
-
-TEST_F(LogTarget, DropsLinesWhileClosedAndGoesOnInTheFileItIsGiven) {
-  Write(target, "too early");
-  ASSERT_TRUE(OpenOn(target, log));
-  Write(target, "1");
-  EXPECT_TRUE(target.SetLogFile("other.log", folder.c_str()));
-  Write(target, "2");
-  EXPECT_TRUE(target.Close());
-  Write(target, "too late");
-  EXPECT_TRUE(target.Open());
-  Write(target, "3");
-  EXPECT_EQ(MessagesAfterHeader(log), "1\n");
-  EXPECT_EQ(MessagesAfterHeader(folder / "other.log"), "2\n3\n");
-}
-
-TEST_F(LogTarget, WritesNothingAfterItsFileWasRefused) {
+TEST_F(LogTarget, DropsLinesWithoutAnOpenFile) {
   fs::create_directories(folder / "folder.log");
   const std::pair<const char*, fs::path> refused[] = {
       {"../own.log", folder}, {"folder.log", folder}, {"own.log", folder / "missing"}};
+  Write(target, "too early");
   ASSERT_TRUE(OpenOn(target, log));
   for (const auto& [name, refused_folder] : refused) {
     SCOPED_TRACE("refused: " + std::string(name) + " in " + refused_folder.string());
     EXPECT_FALSE(target.SetLogFile(name, refused_folder.c_str()));
-    Write(target, "while disabled");
+    Write(target, "while refused");
     EXPECT_FALSE(target.Open());
   }
   ASSERT_TRUE(OpenOn(target, log));
-  Write(target, "after");
-  EXPECT_EQ(MessagesAfterHeader(log), "after\n");
+  EXPECT_TRUE(target.Close());
+  Write(target, "while closed");
+  EXPECT_TRUE(target.Open());
+  Write(target, "text");
+  EXPECT_EQ(MessagesAfterHeader(log), "text\n");
+}
+
+TEST_F(LogTarget, GoesOnInTheFileThatItIsGiven) {
+  ASSERT_TRUE(OpenOn(target, log));
+  EXPECT_TRUE(target.SetLogFile("other.log", folder.c_str()));
+  Write(target, "text");
+  EXPECT_EQ(MessagesAfterHeader(folder / "other.log"), "text\n");
 }
 
 TEST_F(LogTarget, PrintsTheTimeThatItIsGivenAndElseTheCurrentOne) {
@@ -101,25 +90,26 @@ TEST_F(LogTarget, CutsAMessageWithArgumentsTo4095Bytes) {
 
 TEST_F(LogTarget, WritesThreadIdsWhereTheSystemHasThem) {
   const std::string id = std::to_string(gettid());
-  const struct {
-    std::string version, in_header, thread_id;
-  } rows[] = {{"10.5.8", "10.5.8", ""}, {"10.6", "10.6.0", id}, {"11.3", "11.3.0", id}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE("system version " + row.version);
-    WriteFile(root / "System/Library/CoreServices/SystemVersion.plist",
-              "<plist><dict><key>ProductVersion</key><string>" + row.version + "</string>");
+  const std::pair<std::string, std::string> rows[] = {
+      {"10.5.8", ""}, {"10.6.0", id}, {"11.3.0", id}};
+  for (const auto& [version, thread_id] : rows) {
+    SCOPED_TRACE("system version " + version);
+    WriteFile(
+        root / "System/Library/CoreServices/SystemVersion.plist",
+        "<plist><dict><key>ProductVersion</key><string>" + version + "</string></dict></plist>");
     fs::resize_file(log, 0);
     welko::LogTargetDefault own("T");
     ASSERT_TRUE(OpenOn(own, log));
     Write(own, "text");
-    EXPECT_THAT(ReadFile(log), HasSubstr(" | OS Name: Mac OS " + row.in_header + "\n"));
-    EXPECT_THAT(ReadFile(log), EndsWith(" | f | " + row.thread_id + " | text\n"));
+    EXPECT_EQ(Messages(ReadLog(log)).at(4), "OS Version: " + version);
+    EXPECT_THAT(ReadLines(log).back(), testing::EndsWith(" | f | " + thread_id + " | text"));
   }
 }
 
 TEST_F(LogTarget, MergesAReplacementIntoTheHeaderOfAnInstalledSuite) {
   WriteFile(root / "Applications/Utilities/Vantre Lumora/Lumdesk/Lumora.app/Contents/Info.plist",
-            "<plist><dict><key>CFBundleShortVersionString</key><string>5.1 &lt;b&gt;</string>");
+            "<plist><dict><key>CFBundleShortVersionString</key><string>5.1 &lt;b&gt;</string>"
+            "</dict></plist>");
   welko::LogTargetDefault own("T");
   ASSERT_TRUE(OpenOn(own, log));
   const welko::HeaderBlock replacement = {"top", {{"New: ", "1"}, {"OS Locale: ", "xx"}}, "bottom"};
@@ -127,8 +117,7 @@ TEST_F(LogTarget, MergesAReplacementIntoTheHeaderOfAnInstalledSuite) {
       "top\nLumdesk Version: 5.1 <b>\nBit: 64\nOS Locale: xx\nOS Name: Mac OS 0.0.0\n"
       "OS Version: 0.0.0\nNew: 1\nbottom\n";
   own.WriteHeader(welko::kLogWarn, {}, &replacement);
-  EXPECT_EQ(Text(Messages(ReadLog(log))), merged);
-  EXPECT_THAT(ReadFile(log), HasSubstr(" | [WARN] | "));
+  EXPECT_THAT(ReadLog(log).at(0), StartsWith("TIME | [WARN] | "));
   fs::resize_file(log, 0);
   Write(own, "text");
   EXPECT_EQ(Text(Messages(ReadLog(log))), merged + "text\n") << "in the header of an empty file";
@@ -148,16 +137,13 @@ TEST_F(LogTarget, TakesItsLevelFromTheFirstSwitchFile) {
     fs::remove_all(user_logs);
     for (const std::string& name : row.files) WriteFile(user_logs / name, "");
     EXPECT_EQ(welko::ApplyLogSwitches("own.log", row.level), row.expected)
-        << "the level " << row.level << " with the files\n"
-        << Text(row.files);
+        << "level " << row.level << " with the files: " << Text(row.files);
   }
 }
 
 TEST_F(LogTarget, TakesAFifoForNoSwitchFile) {
   fs::create_directories(user_logs);
-  for (const char* name : {"own.trace", "own.debug", "quib.trace", "quib.debug"}) {
-    mkfifo((user_logs / name).c_str(), 0600);
-  }
+  mkfifo((user_logs / "quib.trace").c_str(), 0600);
   ExpectInChild([this] {  // opening a FIFO would wait for ever
     EXPECT_EQ(welko::ApplyLogSwitches("own.log", 40), 40);
     EXPECT_FALSE(welko::KeepsOldLogs(user_logs));
@@ -165,8 +151,7 @@ TEST_F(LogTarget, TakesAFifoForNoSwitchFile) {
 }
 
 TEST_F(LogTarget, HidesCredentialsAndTokens) {
-  // All keys in one message: each mask changes the length of what stands before the next one's
-  // turn.
+  // In one message, where each mask changes the length of what stands before the next.
   std::string all, masked;
   for (const std::string key : {"ProxyUserName", "Proxy-User", "ProxyUser", "User", "UserName",
                                 "Proxy-Password", "ProxyPassword", "PASSWORD"}) {
@@ -176,7 +161,6 @@ TEST_F(LogTarget, HidesCredentialsAndTokens) {
   const struct {
     std::string name, message, written;
   } rows[] = {{"all keys", all, masked},
-              {"token over two lines", "eyJ\nand .eyJ", "Found access/device token. Log skipped."},
               {"second part of a token first", ".eyJ b eyJ", ".eyJ b eyJ"},
               {"two elements", "<user>a</User><user>b</user>", "<user>****</User><user>b</user>"},
               {"empty element", "<password></password>", "<password></password>"},
@@ -189,6 +173,37 @@ TEST_F(LogTarget, HidesCredentialsAndTokens) {
     Write(target, row.message);
     EXPECT_EQ(LastMessage(), row.written) << row.name;
   }
+}
+
+TEST_F(UpdaterLog, WritesTheLevelsOfItsTable) {
+  const std::string begin = "INFO >>> Vantre Updater Log Begin >>>\nINFO 0\nINFO 1\n";
+  const std::pair<int, std::string> rows[] = {
+      {0, ""},
+      {4, begin + "INFO 2\nDEBUG 3\nDEBUG 4\n"},
+      {5, begin + "INFO 2\nINFO 5\n"},
+      {9, begin + "INFO 2\nINFO 5\nINFO 6\nINFO 7\nINFO 8\nINFO 9\n"},
+      {10, begin + "INFO 2\nDEBUG 3\nDEBUG 4\nINFO 5\nINFO 6\nINFO 7\nINFO 8\nINFO 9\nALL 10\n"}};
+  const std::regex fields(R"(TIME \| \[(\w+)\].* \| )");
+  for (const auto& [configured, expected] : rows) {
+    SCOPED_TRACE("configured level " + std::to_string(configured));
+    fs::remove(log);
+    ExpectInChild([&, level = configured] {
+      EXPECT_EQ(esd::InitUpdaterLog(log, level, "", "", ""), level > 0);
+      for (int number = 0; number < 11; ++number) esd::UpdaterLog(number, std::to_string(number));
+    });
+    EXPECT_EQ(fs::exists(log), configured > 0) << "whether there is a log";
+    EXPECT_EQ(std::regex_replace(Text(LinesAfterHeader(ReadLog(log))), fields, "$1 "), expected);
+  }
+}
+
+TEST_F(UpdaterLog, GoesToTheDefaultFileAndItsSwitchesWhereItsPathNamesNoFolder) {
+  WriteFile(user_logs / "Welko.trace", "");
+  ExpectInChild([] {
+    EXPECT_FALSE(esd::InitUpdaterLog("own.log", 5, "", "", ""));
+    esd::UpdaterLogInt(3, "%s%1", 7);
+  });
+  EXPECT_EQ(MessagesAfterHeader(user_logs / "Welko.log"),
+            ">>> Vantre Updater Log Begin >>>\n%s%1 = 7\n");
 }
 
 }  // namespace

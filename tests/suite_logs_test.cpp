@@ -13,23 +13,20 @@ class SuiteLogs : public TreeTest {
   SuiteLogs() { fs::permissions(top, fs::perms{0755}); }
   ~SuiteLogs() override { System() = {}; }
 
-  void LetSit(uid_t user, gid_t group) const {
-    System() = {.has_seat = true, .active_user = user, .users = {{user, {group, home}}}};
-  }
   // Only root can give folders away.
   const uid_t ordinary_user = geteuid() == 0 ? kOrdinaryUser : geteuid();
+  const gid_t group = geteuid() == 0 ? 65533 : getegid();
   const fs::path logs = home / "Library/Logs", outer = logs / "Lumora", inner = outer / "Lumdesk";
 };
 
 TEST_F(SuiteLogs, AreTheConsoleUsersAndOpenToAllOnlyWhereTheyAreMade) {
   umask(0027);
-  const gid_t group = geteuid() == 0 ? 65533 : getegid();
   const std::string shared = RightsText(0777, ordinary_user, group);
   const std::string own = RightsText(0750, geteuid(), getegid());
   const struct {
     const char* name;
     fs::path existing;
-    bool at_console;
+    bool has_seat;
     std::string expected;
   } rows[] = {{"nothing exists", home, true, shared},
               {"the outer folder exists", outer, true, shared},
@@ -39,8 +36,7 @@ TEST_F(SuiteLogs, AreTheConsoleUsersAndOpenToAllOnlyWhereTheyAreMade) {
     SCOPED_TRACE(row.name);
     fs::remove_all(home / "Library");
     fs::create_directories(row.existing);
-    LetSit(ordinary_user, group);
-    System().has_seat = row.at_console;
+    System() = {row.has_seat, ordinary_user, {{ordinary_user, {group, home}}}};
     EXPECT_TRUE(welko::LogTargetDefault("T").SetLogFile("", nullptr));
     EXPECT_EQ(Rights(outer), row.expected) << "which are the rights of " << outer;
     EXPECT_EQ(Rights(inner), row.expected) << "which are the rights of " << inner;
@@ -59,7 +55,7 @@ TEST_F(SuiteLogs, BehindALinkAreMadeByItsUserAndNotByRoot) {
       EXPECT_EQ(chown(folder.c_str(), user, gid_t(-1)), 0);
     }
     fs::create_directory_symlink(elsewhere, outer);
-    LetSit(user, getegid());
+    System() = {true, user, {{user, {getegid(), home}}}};
     ExpectInChild([&] {
       ASSERT_EQ(setuid(user), 0);
       EXPECT_EQ(welko::LogTargetDefault("T").SetLogFile("", nullptr), user != 0);

@@ -223,6 +223,14 @@ int WaitFor(pid_t child) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
+void RunAll(int count, const std::function<int(int)>& body) {
+  std::vector<pid_t> children;
+  for (int number = 0; number < count; ++number) {
+    children.push_back(StartChild([&] { return body(number); }));
+  }
+  for (const pid_t child : children) EXPECT_EQ(WaitFor(child), 0) << "a process has failed";
+}
+
 void WaitForAllChildren() {
   int status = 0;
   pid_t ended = 0;

@@ -100,6 +100,9 @@ pid_t StartChild(const std::function<int()>& body);
 int WaitFor(pid_t child);
 /// The same for every child process that there is.
 void WaitForAllChildren();
+/// Runs `body` with each number below `count` at the same time, in child processes whose exit
+/// statuses must be 0.
+void RunAll(int count, const std::function<int(int)>& body);
 /// The user and group that root's tests act as where an ordinary user is needed.
 inline constexpr uid_t kOrdinaryUser = 65534;
 /// Makes a process of root one of kOrdinaryUser, without other groups, for good. For child
