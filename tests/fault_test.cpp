@@ -3,39 +3,18 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <linux/capability.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 
-#include <cerrno>
-#include <csignal>
 #include <set>
 
 #include "esd/prefs/resource_locker.h"
+#include "tests/refusals.h"
 #include "tests/run_support.h"
 
 namespace test {
 namespace {
 
 const std::string kPrefs = PrefsText({{"SomebodyElses", "1"}});
-
-// Lets a system call fail with `error` from now on, in whatever is executed, too; with `flags` only
-// where its third argument has one of them.
-void Refuse(unsigned error, int call, unsigned flags = 0) {
-  const unsigned short jump = flags == 0 ? BPF_JGE : BPF_JSET;  // no argument is less than 0
-  sock_filter filter[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-                          BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(call), 0, 3),
-                          BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[2])),
-                          BPF_JUMP(BPF_JMP | jump | BPF_K, flags, 0, 1),
-                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error),
-                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
-  const sock_fprog program = {std::size(filter), filter};
-  prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-  prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program);
-}
 
 class FaultTest : public RunTest {
  protected:
@@ -65,12 +44,7 @@ TEST_F(FaultTest, EndsWellWritesWhatItCanAndTouchesNothingElse) {
     bool writes_log, writes_prefs;
     std::function<void()> prepare;
   } faults[] = {
-      {"an almost full disk", true, false,
-       [] {
-         signal(SIGXFSZ, SIG_IGN);
-         const rlimit limit = {kPrefs.size() + 40, kPrefs.size() + 40};
-         setrlimit(RLIMIT_FSIZE, &limit);
-       }},
+      {"an almost full disk", true, false, [] { LimitFileSize(kPrefs.size() + 40); }},
       {"a read-only disk", false, false,
        [] {
          Refuse(EROFS, SYS_mkdir);

@@ -41,8 +41,9 @@ class LogLock : public LogTest {
 
 // With two, nearly every turn makes the set and removes it.
 TEST_F(LogLock, HoldsBetweenTwoThatComeAndGo) {
-  auto* const inside = static_cast<std::atomic<int>*>(
-      mmap(nullptr, sizeof *inside, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+  auto* const inside =
+      static_cast<std::atomic<int>*>(mmap(nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE,
+                                          MAP_SHARED | MAP_ANONYMOUS, -1, 0));
   SCOPED_TRACE("status 1 means that the lock cannot be had, 2 that both hold it");
   RunAll(2, [&](int) {
     for (int turn = 0; turn < 30000; ++turn) {
@@ -56,7 +57,7 @@ TEST_F(LogLock, HoldsBetweenTwoThatComeAndGo) {
     return 0;
   });
   EXPECT_EQ(State(), "no set");
-  munmap(inside, sizeof *inside);
+  munmap(inside, sizeof(std::atomic<int>));
 }
 
 TEST_F(LogLock, IsWaitedForPastASignalAndComesBackWhenItsHolderIsKilled) {

@@ -17,7 +17,7 @@ TEST_F(ManyProcesses, LoseNoLineOverManyRollOvers) {
   constexpr std::uintmax_t kSizeLimit = 10 * 1048576;
   constexpr int kSecondsBetweenSizeChecks = 900;
   WriteFile(folder / "quib.trace", "keeplogs");
-  const auto write = [&](int process) {
+  RunAll(kProcesses, [&](int process) {
     // Backups are named by the local time, and those of one second need names of their own.
     SetTimeZone("ZONE-" + std::to_string(process));
     if (!OpenOn(target, log)) return 1;
@@ -32,12 +32,7 @@ TEST_F(ManyProcesses, LoseNoLineOverManyRollOvers) {
       fs::resize_file(log, std::max(fs::file_size(log), kSizeLimit));
     }
     return 0;
-  };
-  std::vector<pid_t> children;
-  for (int process = 0; process < kProcesses; ++process) {
-    children.push_back(StartChild([&] { return write(process); }));
-  }
-  for (const pid_t child : children) EXPECT_EQ(WaitFor(child), 0) << "a process has failed";
+  });
   fs::remove(folder / "quib.trace");
 
   std::set<std::string> lost;
@@ -50,7 +45,7 @@ TEST_F(ManyProcesses, LoseNoLineOverManyRollOvers) {
     std::string text = ReadFile(folder / name);
     std::erase(text, '\0');  // the hole
     WriteFile(top / name, text);
-    for (const std::string& line : Messages(LinesAfterHeader(top / name))) {
+    for (const std::string& line : Messages(LinesAfterHeader(ReadLog(top / name)))) {
       ASSERT_EQ(lost.erase(line), 1U) << line << "\nis in " << name << " and was not written so";
     }
   }
