@@ -35,11 +35,10 @@ RunTest::RunTest() {
 
 void RunTest::InstallNotifier() const { Install(NOTIFIER, notifier); }
 void RunTest::InstallLibrary() const { Install(CLIENT_LIBRARY, library); }
-void RunTest::InstallSuite() const { fs::create_directories(suite); }
 
-pid_t RunTest::Start(const std::vector<std::string>& arguments,
-                     const std::map<std::string, std::string>& settings,
+pid_t RunTest::Start(const Lines& arguments, const Settings& settings,
                      const std::function<void()>& prepare) const {
+  for (const fs::path& trace : {notifier_trace, library_trace}) fs::remove(trace);
   return StartChild([&] {
     setenv("NOTIFIER_TRACE", notifier_trace.c_str(), 1);
     setenv("KDUPDATER_TRACE", library_trace.c_str(), 1);
@@ -56,16 +55,11 @@ pid_t RunTest::Start(const std::vector<std::string>& arguments,
   });
 }
 
-Outcome RunTest::Run(const std::vector<std::string>& arguments,
-                     const std::map<std::string, std::string>& settings,
+Outcome RunTest::Run(const Lines& arguments, const Settings& settings,
                      const std::function<void()>& prepare) const {
-  Outcome outcome;
-  outcome.status = WaitFor(Start(arguments, settings, prepare));
+  const int status = WaitFor(Start(arguments, settings, prepare));
   WaitForAllChildren();
-  outcome.log = ReadLog(log);
-  outcome.notifier = ReadLines(notifier_trace);
-  outcome.library = ReadLines(library_trace);
-  return outcome;
+  return {status, ReadLog(log), ReadLines(notifier_trace), ReadLines(library_trace)};
 }
 
 }  // namespace test

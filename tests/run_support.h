@@ -20,6 +20,8 @@ struct Outcome {
   Lines library;    ///< the client library's own trace
 };
 
+using Settings = std::map<std::string, std::string>;
+
 /// A preference file with these entries, as the program writes it.
 std::string PrefsText(const std::vector<std::pair<std::string, std::string>>& entries);
 
@@ -34,16 +36,13 @@ class RunTest : public TreeTest {
 
   void InstallNotifier() const;
   void InstallLibrary() const;
-  void InstallSuite() const;
 
   /// Starts wakerly with `arguments`, and `settings` added to its environment, in a child process
-  /// that runs `prepare` first. Hand the result to WaitFor.
-  pid_t Start(const std::vector<std::string>& arguments,
-              const std::map<std::string, std::string>& settings = {},
+  /// that runs `prepare` first. The traces are new ones. Hand the result to WaitFor.
+  pid_t Start(const Lines& arguments, const Settings& settings = {},
               const std::function<void()>& prepare = {}) const;
   /// The same, until it and the processes that it started have ended.
-  Outcome Run(const std::vector<std::string>& arguments = {},
-              const std::map<std::string, std::string>& settings = {},
+  Outcome Run(const Lines& arguments = {}, const Settings& settings = {},
               const std::function<void()>& prepare = {}) const;
 
   const fs::path notifier_trace = top / "notifier.trace", library_trace = top / "library.trace";

@@ -53,7 +53,7 @@ TEST_P(RunDecision, StartsTheNotifierOrNotAndAlwaysDrivesTheClientLibrary) {
   InstallLibrary();
   WriteFile(prefs, decision.due ? kDuePrefs : kNotDuePrefs);
   if (decision.suppressed) WriteFile(admin_prefs, PrefsText({{"Suppressed", "1"}}));
-  if (decision.suite) InstallSuite();
+  if (decision.suite) fs::create_directories(suite);
   const Outcome outcome = Run(decision.arguments);
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(!outcome.notifier.empty(), decision.starts) << "does the notifier start?";

@@ -20,66 +20,33 @@
 namespace test {
 namespace {
 
-mode_t CurrentMask() {
-  const mode_t mask = umask(0);
-  umask(mask);
-  return mask;
-}
-
 Lines CurrentEnvironment() {
   Lines environment;
-  for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
+  for (char** variable = environ; *variable != nullptr; ++variable) {
     environment.emplace_back(*variable);
   }
   return environment;
 }
 
-std::string DescribeStatus(pid_t child) {
-  return "child process " + std::to_string(child) + " lasted longer than " +
-         std::to_string(kDeadline.count()) + " seconds and was killed";
-}
-
-// Waits for `child`, or any with -1, without a word. The id is 0 when the deadline passes first.
-pid_t WaitUntilDeadline(pid_t child, int& status) {
+// False when that takes longer than kDeadline.
+bool ComesToHold(const std::function<bool()>& condition) {
   const auto deadline = std::chrono::steady_clock::now() + kDeadline;
-  pid_t ended = 0;
-  while ((ended = waitpid(child, &status, WNOHANG)) == 0) {
-    if (std::chrono::steady_clock::now() > deadline) return 0;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
     usleep(300);
   }
-  return ended;
+  return true;
 }
 
-// The child processes of this one, as far as the system tells (proc(5)).
-std::vector<pid_t> Children() {
-  std::istringstream ids(ReadFile("/proc/self/task/" + std::to_string(gettid()) + "/children"));
-  std::vector<pid_t> children;
-  for (pid_t id = 0; ids >> id;) children.push_back(id);
-  return children;
+void EndLateChild(pid_t child) {
+  ADD_FAILURE() << "child process " << child << " lasted longer than " << kDeadline.count()
+                << " seconds and was killed";
+  kill(child, SIGKILL);
 }
 
 }  // namespace
 
-ProcessState::ProcessState()
-    : environment_(CurrentEnvironment()),
-      folder_(fs::current_path()),
-      mask_(CurrentMask()),
-      user_(geteuid()) {}
-
-ProcessState::~ProcessState() {
-  EXPECT_EQ(seteuid(user_), 0) << "the former effective user is not given back";
-  umask(mask_);
-  fs::current_path(folder_);
-  clearenv();
-  for (const std::string& variable : environment_) {
-    const std::size_t equals = variable.find('=');
-    setenv(variable.substr(0, equals).c_str(), variable.substr(equals + 1).c_str(), 1);
-  }
-  tzset();
-}
-
-TreeTest::TreeTest() {
-  umask(022);
+TreeTest::TreeTest() : environment_(CurrentEnvironment()), user_(geteuid()), mask_(umask(022)) {
   fs::create_directories(home);
   fs::create_directories(root);
   setenv("HOME", home.c_str(), 1);
@@ -92,11 +59,20 @@ TreeTest::TreeTest() {
 
 TreeTest::~TreeTest() {
   WaitForAllChildren();
+  EXPECT_EQ(seteuid(user_), 0) << "the former effective user is not given back";
   std::error_code ignored;  // folders that a test has closed hold no log
   for (fs::recursive_directory_iterator entry(top, ignored), end; entry != end;
        entry.increment(ignored)) {
     if (entry->is_regular_file(ignored)) RemoveLogLock(entry->path());
   }
+  umask(mask_);
+  fs::current_path(folder_);
+  clearenv();
+  for (const std::string& variable : environment_) {
+    const std::size_t equals = variable.find('=');
+    setenv(variable.substr(0, equals).c_str(), variable.substr(equals + 1).c_str(), 1);
+  }
+  tzset();
 }
 
 std::string ReadFile(const fs::path& path) {
@@ -184,15 +160,9 @@ Lines Messages(const Lines& lines) {
 }
 
 bool Eventually(const std::string& what, const std::function<bool()>& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + kDeadline;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) {
-      ADD_FAILURE() << "waited " << kDeadline.count() << " seconds in vain for " << what;
-      return false;
-    }
-    usleep(300);
-  }
-  return true;
+  const bool holds = ComesToHold(condition);
+  EXPECT_TRUE(holds) << "waited " << kDeadline.count() << " seconds in vain for " << what;
+  return holds;
 }
 
 int InChild(const std::function<int()>& body) { return WaitFor(StartChild(body)); }
@@ -201,23 +171,18 @@ pid_t StartChild(const std::function<int()>& body) {
   std::cout << std::flush;
   const pid_t child = fork();
   if (child != 0) return child;
-  try {
-    _exit(body());
-  } catch (const std::exception& error) {
-    std::cerr << "a child process ends with an exception: " << error.what() << std::endl;
-  } catch (...) {
-    std::cerr << "a child process ends with an exception" << std::endl;
-  }
-  _exit(255);
+  // GoogleTest would catch what is thrown, and run the next test here.
+  [&]() noexcept { _exit(body()); }();
+  return child;
 }
 
 int WaitFor(pid_t child) {
   int status = 0;
-  const pid_t ended = WaitUntilDeadline(child, status);
-  if (ended == 0) {
-    ADD_FAILURE() << DescribeStatus(child);
-    kill(child, SIGKILL);
-    waitpid(child, &status, 0);
+  pid_t ended = 0;
+  const auto end = [&](int options) { return (ended = waitpid(child, &status, options)) != 0; };
+  if (!ComesToHold([&] { return end(WNOHANG); })) {
+    EndLateChild(child);
+    end(0);
   }
   if (ended < 0) return -1;
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
@@ -232,16 +197,10 @@ void RunAll(int count, const std::function<int(int)>& body) {
 }
 
 void WaitForAllChildren() {
-  int status = 0;
-  pid_t ended = 0;
-  while ((ended = WaitUntilDeadline(-1, status)) > 0) {
-  }
-  if (ended < 0) return;
-  for (const pid_t child : Children()) {
-    ADD_FAILURE() << DescribeStatus(child);
-    kill(child, SIGKILL);
-    waitpid(child, &status, 0);
-  }
+  if (ComesToHold([] { return waitpid(-1, nullptr, WNOHANG) < 0; })) return;
+  // As far as the system tells (proc(5)).
+  std::istringstream ids(ReadFile("/proc/self/task/" + std::to_string(gettid()) + "/children"));
+  for (pid_t child = 0; ids >> child; waitpid(child, nullptr, 0)) EndLateChild(child);
 }
 
 void BecomeOrdinaryUser() {

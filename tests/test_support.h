@@ -24,29 +24,17 @@ using Lines = std::vector<std::string>;
 /// machine under a sanitizer.
 inline constexpr std::chrono::seconds kDeadline{60};
 
-/// What a test may change of its process: environment with time zone, working folder, file creation
-/// mask, effective user. All of it is put back at the end.
-class ProcessState {
- public:
-  ProcessState();
-  ~ProcessState();
-  ProcessState(const ProcessState&) = delete;
-  ProcessState& operator=(const ProcessState&) = delete;
-
- private:
-  Lines environment_;
-  const fs::path folder_;
-  const mode_t mask_;
-  const uid_t user_;
-};
-
 /// A temporary folder with a home folder and a tree root in it, which the environment names for
 /// this test alone. Languages are unset, the mask is 022. Afterwards the semaphore sets of its log
-/// files, all child processes and the folder itself are gone, and the process is as it was. What
-/// sets limits, signal handlers or one of the product's singletons belongs into a child process.
+/// files, all child processes and the folder itself are gone, and environment, time zone, working
+/// folder, file creation mask and effective user are as before. What sets limits, signal handlers
+/// or one of the product's singletons belongs into a child process.
 class TreeTest : public testing::Test {
  private:
-  const ProcessState state_;
+  const Lines environment_;
+  const fs::path folder_ = fs::current_path();
+  const uid_t user_;
+  const mode_t mask_;
   const ScratchFolder scratch_;
 
  protected:
@@ -92,7 +80,7 @@ Lines Messages(const Lines& lines);
 bool Eventually(const std::string& what, const std::function<bool()>& condition);
 
 /// Runs `body` in a child process of its own and returns its exit status, or 128 and the signal
-/// that ended it. A body that throws has status 255.
+/// that ended it, as SIGABRT where it throws.
 int InChild(const std::function<int()>& body);
 /// The same, not waited for; hand the result to WaitFor.
 pid_t StartChild(const std::function<int()>& body);
