@@ -6,33 +6,11 @@
 #include <boost/date_time/gregorian/formatters.hpp>
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/gregorian/parsers.hpp>
-#include <ostream>
-
-namespace wakerly {
-
-// GoogleTest would print a number.
-static void PrintTo(CheckReason reason, std::ostream* out) {
-  static constexpr const char* kNames[] = {"last check unreadable",
-                                           "never run",
-                                           "frequency unreadable",
-                                           "never",
-                                           "invalid time",
-                                           "no date",
-                                           "invalid date",
-                                           "clock fails",
-                                           "date ahead",
-                                           "elapsed",
-                                           "not elapsed"};
-  *out << kNames[static_cast<int>(reason)];
-}
-
-}  // namespace wakerly
 
 namespace {
 
 using boost::gregorian::date;
 using wakerly::CheckReason;
-using wakerly::CheckSchedule;
 
 constexpr int kDaily = 0, kWeekly = 1, kMonthly = 2, kNever = 3;
 
@@ -42,6 +20,13 @@ std::optional<date> Date(const char* text) {
 }
 
 std::string Text(const std::optional<date>& day) { return day ? to_iso_extended_string(*day) : ""; }
+
+std::string Word(CheckReason reason) {
+  static constexpr const char* kWords[] = {"unreadable", "never run", "no frequency", "never",
+                                           "bad time",   "no date",   "bad date",     "no clock",
+                                           "date ahead", "elapsed",   "not elapsed"};
+  return kWords[static_cast<int>(reason)];
+}
 
 struct Row {
   const char* today;
@@ -57,7 +42,6 @@ const Row kRows[] = {
     // Daily: the next day. The time of day does not matter.
     {"2021-04-30", "2021-04-30T00:00:00", kDaily, false, CheckReason::kNotElapsed, "2021-05-01"},
     {"2021-04-30", "2021-04-29T23:59:59", kDaily, true, CheckReason::kElapsed, "2021-04-30"},
-    {"2021-04-30", "1999-12-31T::", kDaily, true, CheckReason::kElapsed, "2000-01-01"},
     // Weekly: seven days later.
     {"2021-04-30", "2021-04-24T::", kWeekly, false, CheckReason::kNotElapsed, "2021-05-01"},
     {"2021-04-30", "2021-04-23T::", kWeekly, true, CheckReason::kElapsed, "2021-04-30"},
@@ -65,28 +49,21 @@ const Row kRows[] = {
     {"2021-03-02", "2021-02-01T::", kMonthly, true, CheckReason::kElapsed, "2021-03-01"},
     {"2021-05-31", "2021-05-01T::", kMonthly, false, CheckReason::kNotElapsed, "2021-06-01"},
     {"2021-04-30", "2021-03-31T::", kMonthly, true, CheckReason::kElapsed, "2021-04-30"},
-    {"2021-04-29", "2021-03-30T::", kMonthly, false, CheckReason::kNotElapsed, "2021-04-30"},
-    {"2021-02-27", "2021-01-29T::", kMonthly, false, CheckReason::kNotElapsed, "2021-02-28"},
     {"2024-03-29", "2024-02-29T::", kMonthly, true, CheckReason::kElapsed, "2024-03-29"},
     // Any other frequency is monthly.
     {"2021-04-30", "2021-04-01T::", 4, false, CheckReason::kNotElapsed, "2021-05-01"},
-    {"2021-04-30", "2021-03-30T::", -1, true, CheckReason::kElapsed, "2021-04-30"},
     // The clock went back.
     {"2021-04-30", "2021-05-01T::", kDaily, false, CheckReason::kDateAhead, "2021-04-30"},
     // Texts that are no date and time.
     {"2021-04-30", "2021-04-30", kDaily, true, CheckReason::kNoDate},
     {"2021-04-30", "T10:00:00", kDaily, true, CheckReason::kNoDate},
     {"2021-04-30", "2021-04-30T", kDaily, true, CheckReason::kInvalidTime, "", ""},
-    {"2021-04-30", "2021-04-30T10:00", kDaily, true, CheckReason::kInvalidTime, "", "10:00"},
     {"2021-04-30", "2021-04-30T1:2:3:", kDaily, true, CheckReason::kInvalidTime, "", "1:2:3:"},
     {"2021-04-30", "2021-04-30T1T:", kDaily, true, CheckReason::kInvalidTime, "", "1T:"},
     {"2021-04-30", "2021-02-30T::", kDaily, true, CheckReason::kInvalidDate},
     {"2021-04-30", "yesterdayT::", kDaily, true, CheckReason::kInvalidDate},
-    {"2021-04-30", "soonT::", kDaily, true, CheckReason::kInvalidDate},
-    // No answer from the clock.
+    // Nothing to compare with, to count from, or for.
     {"", "2021-04-30T::", kDaily, true, CheckReason::kClockFails},
-    {"", "2021-02-30T::", kDaily, true, CheckReason::kInvalidDate},
-    // Nothing to count from, or for.
     {"2021-04-30", std::nullopt, kDaily, false, CheckReason::kLastCheckUnreadable},
     {"2021-04-30", "", std::nullopt, false, CheckReason::kNeverRun},
     {"2021-04-30", "2020-01-01T::", std::nullopt, false, CheckReason::kFrequencyUnreadable},
@@ -98,9 +75,8 @@ TEST(CheckSchedule, FollowsFromLastCheckFrequencyAndToday) {
     SCOPED_TRACE("last check \"" + row.last_check.value_or("unreadable") + "\", frequency " +
                  (row.frequency ? std::to_string(*row.frequency) : "unreadable") + ", today " +
                  (*row.today == '\0' ? "unknown" : row.today));
-    const CheckSchedule found =
-        wakerly::ScheduleCheck(row.last_check, row.frequency, Date(row.today));
-    EXPECT_EQ(found.reason, row.reason);
+    const auto found = wakerly::ScheduleCheck(row.last_check, row.frequency, Date(row.today));
+    EXPECT_EQ(Word(found.reason), Word(row.reason));
     EXPECT_EQ(found.due, row.due);
     EXPECT_EQ(Text(found.due_from), row.due_from);
     EXPECT_EQ(found.invalid_time.value_or("none"), row.invalid_time ? row.invalid_time : "none");
@@ -109,15 +85,13 @@ TEST(CheckSchedule, FollowsFromLastCheckFrequencyAndToday) {
 }
 
 // As when another process has changed the values since the first look at them.
-TEST(CheckSchedule, ByDateAloneTakesAnEmptyLastCheckForOneWithoutADateAndTheFrequencyLast) {
-  const std::optional<date> today = Date("2021-04-30");
-  EXPECT_EQ(wakerly::ScheduleCheckByDate("", kNever, today).reason, CheckReason::kNoDate);
-  EXPECT_EQ(wakerly::ScheduleCheckByDate("2020-01-01T1", kNever, today).reason,
-            CheckReason::kInvalidTime);
-  EXPECT_EQ(wakerly::ScheduleCheckByDate("2021-05-01T::", kNever, today).reason,
-            CheckReason::kDateAhead);
-  EXPECT_EQ(wakerly::ScheduleCheckByDate("2020-01-01T::", kNever, today).reason,
-            CheckReason::kNever);
+TEST(CheckSchedule, ByDateAloneAsksForTheFrequencyLast) {
+  const auto reason = [](const char* last_check) {
+    return Word(wakerly::ScheduleCheckByDate(last_check, kNever, Date("2021-04-30")).reason);
+  };
+  EXPECT_EQ(reason(""), "no date");
+  EXPECT_EQ(reason("2021-05-01T::"), "date ahead");
+  EXPECT_EQ(reason("2020-01-01T::"), "never");
 }
 
 }  // namespace

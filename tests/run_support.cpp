@@ -3,8 +3,6 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstddef>
 #include <cstdlib>
 
 namespace test {
@@ -21,6 +19,11 @@ std::string PrefsText(const std::vector<std::pair<std::string, std::string>>& en
   std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<Preferences>\n";
   for (const auto& [key, value] : entries) text += "<" + key + ">" + value + "</" + key + ">\n";
   return text + "</Preferences>\n";
+}
+
+Lines FirstLines() {
+  return {LogLine(">>> Vantre Updater Log Begin >>>"),
+          LogLine("Application Version: " WAKERLY_VERSION)};
 }
 
 std::string LogLine(const std::string& message, const std::string& level) {
@@ -44,13 +47,11 @@ pid_t RunTest::Start(const Lines& arguments, const Settings& settings,
     setenv("KDUPDATER_TRACE", library_trace.c_str(), 1);
     setenv("KDUPDATER_CALLBACK", "request", 1);
     for (const auto& [name, value] : settings) setenv(name.c_str(), value.c_str(), 1);
-    std::vector<char*> argv = {const_cast<char*>(WAKERLY)};
-    for (const std::string& argument : arguments) {
-      argv.push_back(const_cast<char*>(argument.c_str()));
-    }
+    std::vector<const char*> argv = {WAKERLY};
+    for (const std::string& argument : arguments) argv.push_back(argument.c_str());
     argv.push_back(nullptr);
     if (prepare) prepare();
-    execv(WAKERLY, argv.data());
+    execv(WAKERLY, const_cast<char**>(argv.data()));
     return 127;
   });
 }

@@ -25,6 +25,8 @@ using Settings = std::map<std::string, std::string>;
 /// A preference file with these entries, as the program writes it.
 std::string PrefsText(const std::vector<std::pair<std::string, std::string>>& entries);
 
+/// The lines that begin every log of a run, and are all that it logs at LogLevel 1.
+Lines FirstLines();
 /// A line of the program's log, as ReadLog gives it.
 std::string LogLine(const std::string& message, const std::string& level = "INFO");
 

@@ -20,14 +20,6 @@
 namespace test {
 namespace {
 
-Lines CurrentEnvironment() {
-  Lines environment;
-  for (char** variable = environ; *variable != nullptr; ++variable) {
-    environment.emplace_back(*variable);
-  }
-  return environment;
-}
-
 // False when that takes longer than kDeadline.
 bool ComesToHold(const std::function<bool()>& condition) {
   const auto deadline = std::chrono::steady_clock::now() + kDeadline;
@@ -46,7 +38,9 @@ void EndLateChild(pid_t child) {
 
 }  // namespace
 
-TreeTest::TreeTest() : environment_(CurrentEnvironment()), user_(geteuid()), mask_(umask(022)) {
+TreeTest::TreeTest() : user_(geteuid()), mask_(umask(022)) {
+  // The texts of an environment are never freed (setenv(3), glibc).
+  for (char** text = environ; *text != nullptr; ++text) environment_.push_back(*text);
   fs::create_directories(home);
   fs::create_directories(root);
   setenv("HOME", home.c_str(), 1);
@@ -60,18 +54,15 @@ TreeTest::TreeTest() : environment_(CurrentEnvironment()), user_(geteuid()), mas
 TreeTest::~TreeTest() {
   WaitForAllChildren();
   EXPECT_EQ(seteuid(user_), 0) << "the former effective user is not given back";
-  std::error_code ignored;  // folders that a test has closed hold no log
-  for (fs::recursive_directory_iterator entry(top, ignored), end; entry != end;
-       entry.increment(ignored)) {
-    if (entry->is_regular_file(ignored)) RemoveLogLock(entry->path());
+  std::error_code ignored;
+  for (const auto& entry : fs::recursive_directory_iterator(
+           top, fs::directory_options::skip_permission_denied, ignored)) {
+    if (entry.is_regular_file(ignored)) RemoveLogLock(entry.path());
   }
   umask(mask_);
   fs::current_path(folder_);
   clearenv();
-  for (const std::string& variable : environment_) {
-    const std::size_t equals = variable.find('=');
-    setenv(variable.substr(0, equals).c_str(), variable.substr(equals + 1).c_str(), 1);
-  }
+  for (char* variable : environment_) putenv(variable);
   tzset();
 }
 
@@ -161,7 +152,7 @@ Lines Messages(const Lines& lines) {
 
 bool Eventually(const std::string& what, const std::function<bool()>& condition) {
   const bool holds = ComesToHold(condition);
-  EXPECT_TRUE(holds) << "waited " << kDeadline.count() << " seconds in vain for " << what;
+  if (!holds) ADD_FAILURE() << "waited " << kDeadline.count() << " seconds in vain for " << what;
   return holds;
 }
 
@@ -205,8 +196,7 @@ void WaitForAllChildren() {
 
 void BecomeOrdinaryUser() {
   if (geteuid() != 0) return;
-  const gid_t group = kOrdinaryUser;
-  if (setgroups(0, nullptr) != 0 || setgid(group) != 0 || setuid(kOrdinaryUser) != 0) {
+  if (setgroups(0, nullptr) != 0 || setgid(kOrdinaryUser) != 0 || setuid(kOrdinaryUser) != 0) {
     throw std::system_error(errno, std::generic_category(), "becoming an ordinary user");
   }
 }

@@ -31,7 +31,7 @@ inline constexpr std::chrono::seconds kDeadline{60};
 /// or one of the product's singletons belongs into a child process.
 class TreeTest : public testing::Test {
  private:
-  const Lines environment_;
+  std::vector<char*> environment_;
   const fs::path folder_ = fs::current_path();
   const uid_t user_;
   const mode_t mask_;
