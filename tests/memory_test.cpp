@@ -1,5 +1,4 @@
 // Loading and saving while memory runs out, at every allocation in turn.
-#include <cstdlib>
 #include <new>
 #include <utility>
 
@@ -7,21 +6,20 @@
 #include "esd/prefs/updater_prefs.h"
 #include "tests/test_support.h"
 
-namespace {
+extern long g_allocations_left;
 
-// How many allocations succeed before one fails; none fails below zero.
-long g_left = -1;
+namespace {
 
 // Runs `body`, in which one allocation fails after `count` others; std::bad_alloc ends it there.
 // False when one failed.
 bool Suffice(long count, const std::function<void()>& body) {
-  g_left = count;
+  g_allocations_left = count;
   try {
     body();
   } catch (const std::bad_alloc&) {
     // What it was doing is what the caller looks at.
   }
-  return std::exchange(g_left, -1) >= 0;
+  return std::exchange(g_allocations_left, -1) >= 0;
 }
 
 std::string Document(const std::string& value) {
@@ -66,11 +64,3 @@ TEST_F(OutOfMemory, TheUpdatersPreferencesAreNotWiped) {
 }
 
 }  // namespace
-
-void* operator new(std::size_t size) {
-  void* const memory = g_left-- == 0 ? nullptr : std::malloc(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
