@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <climits>
 #include <functional>
 #include <sstream>
 
@@ -50,6 +51,12 @@ TEST_F(XmlFile, IsReadWholeWhereTheEndOfAReadCutsACharacter) {
 TEST_F(XmlFile, KeepsItsVersionAndDoesNotEscapeAttributes) {
   EXPECT_EQ(Saved("<?xml version='1.1'?><a k='&lt;&quot;&amp;'/>"),
             "<?xml version=\"1.1\" encoding=\"UTF-8\" ?>\n<a k=\"<\"&\"></a>\n");
+}
+
+TEST_F(XmlFile, IsNotEmptyWhereItCannotBeLookedAt) {
+  EXPECT_TRUE(builder.Create(nullptr, nullptr));
+  EXPECT_FALSE(builder.ParseFile(platform::FileDescriptor(INT_MAX), true)) << "no such descriptor";
+  EXPECT_FALSE(builder.is_malformed());
 }
 
 TEST_F(XmlFile, MayBeDeep) {

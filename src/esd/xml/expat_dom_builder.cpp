@@ -74,9 +74,9 @@ bool ExpatDOMBuilder<Node>::ParseFile(const platform::FileDescriptor& file,
                                       bool result_if_unreadable) {
   is_malformed_ = false;
   struct stat status {};
-  if (!file || fstat(file.number(), &status) != 0 || status.st_size == 0) {
-    return result_if_unreadable;
-  }
+  if (!file) return result_if_unreadable;
+  if (fstat(file.number(), &status) != 0) return false;
+  if (status.st_size == 0) return result_if_unreadable;
   XML_Status parsed = XML_STATUS_OK;
   bool is_final = false;
   for (off_t at = 0; parsed == XML_STATUS_OK && !is_final;) {

@@ -20,11 +20,11 @@ void FileDescriptor::Close() {
 FileDescriptor OpenRegularFile(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) return FileDescriptor();
-  const bool is_regular = S_ISREG(status.st_mode);
-  // What takes the file's place meanwhile must not be waited for.
-  FileDescriptor file(is_regular ? open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC) : -1);
-  if (is_regular && (!file || (fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode)))) {
-    return file;
+  if (S_ISREG(status.st_mode)) {
+    // What takes the file's place meanwhile must not be waited for.
+    FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!file || fstat(file.number(), &status) != 0) return FileDescriptor();
+    if (S_ISREG(status.st_mode)) return file;
   }
   errno = EISDIR;
   return FileDescriptor();
