@@ -8,8 +8,10 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstring>
 #include <functional>
 
+#include "tests/refusals.h"
 #include "tests/test_support.h"
 
 namespace {
@@ -125,6 +127,19 @@ TEST_F(ReplaceFile, WritesOverAFileWhosePlaceCannotBeTaken) {
       EXPECT_EQ(ReadFile(file), "new");
       EXPECT_EQ(Inode(), before);
       EXPECT_EQ(test::Names(folder), test::Lines{"file"});
+    });
+  }
+}
+
+// Written over, it would not be whole either.
+TEST_F(ReplaceFile, LeavesAFileAloneWhoseRightsFindNoRoom) {
+  if (geteuid() != 0) return;  // nobody else has a file that is to be given away
+  ASSERT_EQ(chown(file.c_str(), test::kOrdinaryUser, 65533), 0);
+  for (const int error : {ENOSPC, EDQUOT}) {
+    test::ExpectInChild([&] {
+      test::Refuse(error, SYS_fchown);
+      EXPECT_FALSE(Replace(file)) << std::strerror(error);
+      EXPECT_EQ(ReadFile(file), "old text");
     });
   }
 }

@@ -175,7 +175,9 @@ Outcome PutNewFile(const std::string& path, const Former& former, std::string_vi
   if (!file) {
     return ErrorIsOneOf({EACCES, EPERM, ENAMETOOLONG}) ? Outcome::kImpossible : Outcome::kFailed;
   }
-  if (former.file && !CopyRights(former, file.number())) return Outcome::kImpossible;
+  if (former.file && !CopyRights(former, file.number())) {
+    return ErrorIsOneOf({ENOSPC, EDQUOT, EFBIG, EMFILE}) ? Outcome::kFailed : Outcome::kImpossible;
+  }
   stamp = Fill(file.number(), bytes, later_than);
   if (!stamp) return Outcome::kFailed;
   if (file.RenameTo(path)) return Outcome::kReplaced;
