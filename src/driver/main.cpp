@@ -49,10 +49,11 @@ int Run(bool scheduled) {
   const std::optional<uid_t> owner = wakerly::BecomeHomeOwner();
   wakerly::SetUpStartupLogging();
   if (owner) {
-    esd::UpdaterLogInt(esd::kMessageLevel,
-                       "Wakerly : Started as root with another user's home folder; now running as "
-                       "uid ",
-                       static_cast<int>(*owner));
+    // An id may be greater than any int.
+    esd::UpdaterLogValue(esd::kMessageLevel,
+                         "Wakerly : Started as root with another user's home folder; now running "
+                         "as uid ",
+                         std::to_string(*owner));
   }
   esd::UpdaterLog(esd::kMessageLevel, scheduled ? "Wakerly : Loaded in scheduled mode."
                                                 : "Wakerly : Loaded at startup/logon.");
