@@ -23,9 +23,9 @@ namespace esd {
 /// written or is no regular file.
 ///
 /// Where a new file cannot take the old one's place (no right to make or rename one in the folder,
-/// a mount point, other hard links, rights or attributes that cannot be copied), the old one is
-/// written over: a failure then puts the former bytes and time back, as far as they could be read,
-/// but a crash meanwhile leaves something in between.
+/// a mount point, other hard links, rights or attributes that cannot be copied for another reason
+/// than want of room), the old one is written over: a failure then puts the former bytes and time
+/// back, as far as they could be read, but a crash meanwhile leaves something in between.
 std::optional<platform::FileStamp> ReplaceFile(const std::string& path, std::string_view bytes,
                                                std::uint64_t later_than);
 
