@@ -67,6 +67,9 @@ TEST_F(StartTest, RootLogsAndStoresAsTheOwnerOfItsHomeFolder) {
                                 : ""));
   const std::string owner = std::to_string(changes ? kOrdinaryUser : geteuid());
   EXPECT_THAT(Rights(prefs), HasSubstr("owner " + owner + ","));
+  WriteFile(log, "");
+  WriteFile(prefs, PrefsText({{"LogLevel", "1"}}));
+  EXPECT_EQ(Text(LinesAfterHeader(Run().log)), Text(FirstLines())) << "at LogLevel 1";
 }
 
 // Else the log would get the number of standard error, and what a library prints there.
