@@ -80,6 +80,7 @@ TEST_F(DeletePathTest, FailsForATreeOfWhichSomethingStays) {
   ExpectInChild([this] {
     BecomeOrdinaryUser();
     EXPECT_FALSE(esd::DeletePath(work / "tree"));
+    EXPECT_FALSE(esd::DeletePath(work / "tree/closed/file")) << "which stays";
   });
   fs::permissions(work / "tree/closed", fs::perms(0755));
   EXPECT_EQ(Text(Names(work / "tree")), "closed\n");
