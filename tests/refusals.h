@@ -26,7 +26,8 @@ inline void Refuse(int error, int call, unsigned flags = 0) {
                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
   const sock_fprog program = {std::size(filter), filter};
   prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-  prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program);
+  // For all threads: a sanitizer may have one of its own.
+  syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_TSYNC, &program);
 }
 
 /// As on a disk on which no file can be larger. RLIM_INFINITY gives the room back.
