@@ -1,6 +1,7 @@
 #include "driver/startup_logging.h"
 
 #include <fcntl.h>
+#include <semaphore.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -61,6 +62,12 @@ std::string PrefsFile() { return esd::GetUpdaterPrefsFile(esd::kPrefsFileName).v
 std::string DescribeLock() {
   const std::string file = PrefsFile();
   const std::string semaphore = esd::ResourceLocker::SemaphoreOf(file);
+  sem_t* const held = sem_open(semaphore.c_str(), 0);
+  if (held == SEM_FAILED && errno == ENOENT) {
+    return "the preferences cannot be locked, or were let go just now: " + Shown(file) +
+           ", semaphore " + semaphore;
+  }
+  if (held != SEM_FAILED) sem_close(held);
   return "the preferences are locked by another process, or were by one that was killed: " +
          Shown(file) + ", semaphore " + semaphore +
          "; if neither wakerly nor the updater runs, remove it with: " +
