@@ -290,6 +290,15 @@ TEST_F(MapPrefs, AreElementsSortedByKeyThatKeepTheirBlanks) {
   EXPECT_EQ(found, blanks);
 }
 
+TEST_F(MapPrefs, AreSetAgainOnceTheirFileIsGood) {
+  WriteFile(path, malformed);
+  store.SetPrefsPath(path);
+  store.SetLockPolicy(&policy);
+  EXPECT_FALSE(flags.Set({})) << "while it is malformed";
+  WriteFile(path, one);
+  EXPECT_TRUE(flags.Set({}));
+}
+
 TEST_F(MapPrefs, ReadBooleansOrNothingAtAll) {
   const std::tuple<const char*, std::string, bool, std::map<std::string, bool>> rows[] = {
       {"both values", Entry("a", "1") + Entry("b", " 0 "), true, {{"a", true}, {"b", false}}},
