@@ -31,21 +31,25 @@ using OutOfMemory = test::TreeTest;
 
 TEST_F(OutOfMemory, LeavesTheFileAsItWasOrAsItIsToBeAndNoLock) {
   const std::string path = top / "prefs.dat", before = Document("1"), after = Document("2");
-  bool sufficed = false;
-  for (long count = 0; !sufficed; ++count) {
-    ASSERT_LT(count, 10'000) << "allocations, and still not enough";
-    SCOPED_TRACE("one fails after " + std::to_string(count) + " allocations");
-    test::WriteFile(path, before);
-    sufficed = Suffice(count, [&] {
-      esd::ResourceLocker locker(path, 0);
-      esd::PrefsWriter store("", "Prefs");
-      store.SetLockPolicy(&locker);  // before the load, which so may remove the file
-      store.SetPrefsPath(path);
-      store.SetPref("Key", 2);
-    });
-    const std::string text = test::ReadFile(path);
-    EXPECT_TRUE(text == after || (text == before && !sufficed)) << "the file holds: " << text;
-    EXPECT_FALSE(esd::ResourceLocker(path, 0).Unlock(true)) << "a lock was left behind";
+  for (const bool has_lock : {true, false}) {
+    bool sufficed = false;
+    for (long count = 0; !sufficed; ++count) {
+      ASSERT_LT(count, 10'000) << "allocations, and still not enough";
+      SCOPED_TRACE(has_lock ? "with a lock" : "without a lock");
+      SCOPED_TRACE("one fails after " + std::to_string(count) + " allocations");
+      test::WriteFile(path, before);
+      sufficed = Suffice(count, [&] {
+        esd::ResourceLocker locker(path, 0);
+        esd::PrefsWriter store("", "Prefs");
+        if (has_lock)
+          store.SetLockPolicy(&locker);  // before the load, which so may remove the file
+        store.SetPrefsPath(path);
+        store.SetPref("Key", 2);
+      });
+      const std::string text = test::ReadFile(path);
+      EXPECT_TRUE(text == after || (text == before && !sufficed)) << "the file holds: " << text;
+      EXPECT_FALSE(esd::ResourceLocker(path, 0).Unlock(true)) << "a lock was left behind";
+    }
   }
 }
 

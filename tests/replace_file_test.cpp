@@ -68,6 +68,11 @@ TEST_F(ReplaceFile, KeepsAccessControlListAndAttributes) {
     getxattr(file.c_str(), name, found.data(), found.size());
     EXPECT_TRUE(given != 0 || found == value) << name << " has changed";
   }
+  // A new file would have the list of its folder.
+  removexattr(file.c_str(), "system.posix_acl_access");
+  setxattr(folder.c_str(), "system.posix_acl_default", list.data(), list.size(), 0);
+  EXPECT_TRUE(Replace(file));
+  EXPECT_EQ(getxattr(file.c_str(), "system.posix_acl_access", nullptr, 0), -1) << "it has a list";
 }
 
 TEST_F(ReplaceFile, GivesATimeThatNobodyHasSeen) {
@@ -112,6 +117,8 @@ TEST_F(ReplaceFile, WritesOverAFileWhosePlaceCannotBeTaken) {
                 mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
                 mount(file.c_str(), file.c_str(), nullptr, MS_BIND, nullptr) == 0;
        }},
+      {"EPERM from rename", false, [] { return test::Refuse(EPERM, SYS_rename), true; }},
+      {"EACCES from rename", false, [] { return test::Refuse(EACCES, SYS_rename), true; }},
       {"no right to change the folder", true, [&] { return chmod(folder.c_str(), 0555) == 0; }},
       {"no right to give a file away", true, [] { return geteuid() == 0; }}};
   for (const auto& row : rows) {
