@@ -49,7 +49,9 @@ TEST_F(DeletePathTest, RemovesLockedFilesWithTheirTreeAndNotAlone) {
   WriteFile(work / "tree/file", "");
   Chattr("+i", work / "tree/file");
   const bool locked = Chattr("+i", file);
+  const std::size_t open_files = Names("/proc/self/fd").size();
   EXPECT_TRUE(esd::DeletePath(work / "tree"));
+  EXPECT_EQ(Names("/proc/self/fd").size(), open_files);
   EXPECT_EQ(esd::DeletePath(file), !locked);
   EXPECT_EQ(Text(Names(work)), locked ? "file\n" : "");
   Chattr("-R -i", work);

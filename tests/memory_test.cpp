@@ -38,13 +38,14 @@ TEST_F(OutOfMemory, LeavesTheFileAsItWasOrAsItIsToBeAndNoLock) {
       SCOPED_TRACE(has_lock ? "with a lock" : "without a lock");
       SCOPED_TRACE("one fails after " + std::to_string(count) + " allocations");
       test::WriteFile(path, before);
+      esd::ResourceLocker locker(path, 0);
       sufficed = Suffice(count, [&] {
-        esd::ResourceLocker locker(path, 0);
         esd::PrefsWriter store("", "Prefs");
         if (has_lock)
           store.SetLockPolicy(&locker);  // before the load, which so may remove the file
         store.SetPrefsPath(path);
         store.SetPref("Key", 2);
+        esd::ResourceLocker(path, 0).Lock();  // given back at its end
       });
       const std::string text = test::ReadFile(path);
       EXPECT_TRUE(text == after || (text == before && !sufficed)) << "the file holds: " << text;

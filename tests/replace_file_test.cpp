@@ -2,12 +2,10 @@
 
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstring>
 #include <functional>
 
@@ -37,7 +35,9 @@ TEST_F(ReplaceFile, PutsANewFileOfTheSameRightsInThePlaceOfTheOldOne) {
   ASSERT_EQ(chmod(file.c_str(), 0640), 0);
   const std::string rights = test::Rights(file);
   const std::uint64_t inode = Inode();
+  const std::size_t open_files = test::Names("/proc/self/fd").size();
   EXPECT_TRUE(Replace(file));
+  EXPECT_EQ(test::Names("/proc/self/fd").size(), open_files);
   EXPECT_EQ(ReadFile(file), "new");
   EXPECT_NE(Inode(), inode);
   EXPECT_EQ(test::Rights(file), rights);
@@ -161,20 +161,21 @@ TEST_F(ReplaceFile, LeavesAFileAloneThatMayNotBeWritten) {
   EXPECT_EQ(ReadFile(file), "old text");
 }
 
-TEST_F(ReplaceFile, LeavesFileAndTimeAsTheyWereOnAFullDisk) {
+TEST_F(ReplaceFile, LeavesFileAndTimeAsTheyWereOnABadDisk) {
   const fs::path written_over = folder / "written over";
   WriteFile(written_over, "old text");
   fs::create_hard_link(written_over, top / "other name");
   const auto time = fs::last_write_time(file);
   fs::last_write_time(written_over, time);
-  test::ExpectInChild([&] {
-    signal(SIGXFSZ, SIG_IGN);
-    const rlimit full = {10, 10};
-    setrlimit(RLIMIT_FSIZE, &full);
-    for (const fs::path& path : {file, written_over, folder / std::string(250, 'n')}) {
-      EXPECT_FALSE(esd::ReplaceFile(path, "a text of more than ten bytes", 0)) << path;
-    }
-  });
+  for (const bool is_full : {true, false}) {
+    test::ExpectInChild([&] {
+      is_full ? test::LimitFileSize(10) : test::Refuse(EIO, SYS_fsync);
+      for (const fs::path& path : {file, written_over, folder / std::string(250, 'n')}) {
+        EXPECT_FALSE(esd::ReplaceFile(path, "a text of more than ten bytes", 0))
+            << path << " on a disk that " << (is_full ? "is full" : "fails at the flush");
+      }
+    });
+  }
   for (const fs::path& old : {file, written_over}) {
     EXPECT_EQ(ReadFile(old), "old text") << old;
     EXPECT_TRUE(fs::last_write_time(old) == time) << old << " has another time";
