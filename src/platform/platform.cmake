@@ -27,5 +27,5 @@ else()
   message(FATAL_ERROR "There is no platform/ for ${CMAKE_SYSTEM_NAME}.")
 endif()
 list(APPEND PLATFORM_SOURCES
-  platform/posix/file_descriptor.cpp platform/posix/file_type.cpp
+  platform/posix/file_descriptor.cpp platform/posix/file_stamp.cpp platform/posix/file_type.cpp
   platform/posix/standard_error.cpp)

@@ -13,6 +13,8 @@
 #include <sstream>
 #include <vector>
 
+#include "platform/posix/content_time.h"
+
 namespace platform {
 namespace {
 
@@ -49,27 +51,7 @@ bool CopyAttribute(int from, int to, const std::string& name) {
 
 }  // namespace
 
-FileStamp StampOf(const struct stat& status) {
-  const timespec& time = status.st_mtim;
-  const std::uint64_t nanoseconds = time.tv_sec < 0
-                                        ? 0
-                                        : static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000U +
-                                              static_cast<std::uint64_t>(time.tv_nsec);
-  return {nanoseconds, static_cast<std::uint64_t>(status.st_dev), status.st_ino,
-          static_cast<std::uint64_t>(status.st_size)};
-}
-
-std::optional<FileStamp> StampOf(const std::string& path) {
-  struct stat status {};
-  if (stat(path.c_str(), &status) != 0) return std::nullopt;
-  return StampOf(status);
-}
-
-std::optional<FileStamp> StampOf(int descriptor) {
-  struct stat status {};
-  if (fstat(descriptor, &status) != 0) return std::nullopt;
-  return StampOf(status);
-}
+const timespec& ContentTime(const struct stat& status) { return status.st_mtim; }
 
 // The ACL is an attribute, too: acl(5). A new file may have got one from its folder.
 bool CopyAclAndAttributes(int from, int to) {

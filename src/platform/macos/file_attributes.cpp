@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/posix/content_time.h"
+
 namespace platform {
 namespace {
 
@@ -17,27 +19,7 @@ std::uint32_t Flags(const std::string& path) {
 
 }  // namespace
 
-FileStamp StampOf(const struct stat& status) {
-  const timespec& time = status.st_mtimespec;
-  const std::uint64_t nanoseconds = time.tv_sec < 0
-                                        ? 0
-                                        : static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000U +
-                                              static_cast<std::uint64_t>(time.tv_nsec);
-  return {nanoseconds, static_cast<std::uint64_t>(status.st_dev), status.st_ino,
-          static_cast<std::uint64_t>(status.st_size)};
-}
-
-std::optional<FileStamp> StampOf(const std::string& path) {
-  struct stat status {};
-  if (stat(path.c_str(), &status) != 0) return std::nullopt;
-  return StampOf(status);
-}
-
-std::optional<FileStamp> StampOf(int descriptor) {
-  struct stat status {};
-  if (fstat(descriptor, &status) != 0) return std::nullopt;
-  return StampOf(status);
-}
+const timespec& ContentTime(const struct stat& status) { return status.st_mtimespec; }
 
 bool CopyAclAndAttributes(int from, int to) {
   return fcopyfile(from, to, nullptr, COPYFILE_ACL | COPYFILE_XATTR) == 0;
