@@ -169,7 +169,8 @@ TEST_F(ReportTest, ALockIsNamedWithTheCommandThatClearsIt) {
   ASSERT_TRUE(other.Lock());
   const std::string line = Said();
   EXPECT_THAT(line, HasSubstr("killed: " + prefs.string() + ", semaphore /"));
-  const std::string command = line.substr(std::min(line.find("rm '"), line.size()));
+  EXPECT_THAT(line, HasSubstr("remove it with: wakerlyctl lock --clear\n"));
+  const std::string command = "'" WAKERLYCTL "' lock --clear --yes";
   EXPECT_EQ(std::system(command.c_str()), 0) << line;
   EXPECT_EQ(Said(), "") << "after the command";
   SetLevel("0");

@@ -9,6 +9,7 @@ BEGIN {
   floor["esd/prefs"] = 5
   floor["launcher"] = 6
   floor["driver"] = 7
+  floor["ctl"] = 8
 }
 
 # `path` as an #include names it.

@@ -1,11 +1,12 @@
 #include "driver/admin_prefs.h"
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 
 #include "esd/prefs/load_store.h"
 #include "esd/prefs/updater_folders.h"
-#include "esd/util/path.h"
+#include "esd/prefs/updater_prefs.h"
 
 namespace wakerly {
 
@@ -14,12 +15,11 @@ VantreUpdaterAdminPrefs& VantreUpdaterAdminPrefs::GetInstance() {
   return instance;
 }
 
-VantreUpdaterAdminPrefs::VantreUpdaterAdminPrefs() : PrefsWriter("", "Preferences") {
+VantreUpdaterAdminPrefs::VantreUpdaterAdminPrefs() : PrefsWriter("", esd::kPrefsRootName) {
   suppressed_.SetStore(this);
-  std::string folder;
-  if (!esd::GetInventoryFolder(folder)) throw std::runtime_error("Unable to create file!");
-  const std::string path = esd::JoinPath(folder, "VantreUpdaterAdminPrefs.dat");
-  esd::LoadStore(*this, path, esd::ReloadAfter::kInvalidArgument, locker_);
+  const std::optional<std::string> path = esd::GetAdminPrefsFile();
+  if (!path) throw std::runtime_error("Unable to create file!");
+  esd::LoadStore(*this, *path, esd::ReloadAfter::kInvalidArgument, locker_);
 }
 
 VantreUpdaterAdminPrefs::~VantreUpdaterAdminPrefs() = default;

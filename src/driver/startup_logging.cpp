@@ -1,37 +1,28 @@
 #include "driver/startup_logging.h"
 
-#include <fcntl.h>
-#include <semaphore.h>
 #include <syslog.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
-#include <cstring>
 #include <exception>
 #include <string>
 
+#include "driver/log_settings.h"
 #include "esd/log/updater_log.h"
 #include "esd/prefs/prefs_lock.h"
 #include "esd/prefs/resource_locker.h"
 #include "esd/prefs/updater_folders.h"
 #include "esd/prefs/updater_prefs.h"
-#include "esd/util/path.h"
 #include "esd/util/program_version.h"
 #include "esd/util/special_folder.h"
-#include "platform/file_type.h"
 #include "platform/folders.h"
-#include "platform/semaphore_name.h"
 #include "platform/standard_error.h"
 
 namespace wakerly {
 namespace {
 
 using esd::VantreUpdaterPrefs;
-
-constexpr int kNotSet = -1;
-constexpr int kDefaultLevel = esd::kMessageLevel;
 
 struct LogSettings {
   std::string path;
@@ -62,16 +53,13 @@ std::string PrefsFile() { return esd::GetUpdaterPrefsFile(esd::kPrefsFileName).v
 std::string DescribeLock() {
   const std::string file = PrefsFile();
   const std::string semaphore = esd::ResourceLocker::SemaphoreOf(file);
-  sem_t* const held = sem_open(semaphore.c_str(), 0);
-  if (held == SEM_FAILED && errno == ENOENT) {
-    return "the preferences cannot be locked, or were let go just now: " + Shown(file) +
-           ", semaphore " + semaphore;
-  }
-  if (held != SEM_FAILED) sem_close(held);
-  return "the preferences are locked by another process, or were by one that was killed: " +
-         Shown(file) + ", semaphore " + semaphore +
-         "; if neither wakerly nor the updater runs, remove it with: " +
-         platform::SemaphoreRemoval(semaphore);
+  const std::string named = Shown(file) + ", semaphore " + semaphore;
+  return esd::ResourceLocker::IsTaken(file)
+             ? "the preferences are locked by another process, or were by one that was killed: " +
+                   named +
+                   "; if neither wakerly nor the updater runs, remove it with: wakerlyctl lock "
+                   "--clear"
+             : "the preferences cannot be locked, or were let go just now: " + named;
 }
 
 std::string DescribeLevel(VantreUpdaterPrefs& prefs) {
@@ -94,16 +82,9 @@ std::string DescribeFailure(const char* what) {
 
 // Why no line of the log could be written to the file `path`.
 std::string DescribeLogFile(const std::string& path) {
-  const std::string named = Shown(path) + " cannot be written: ";
-  const platform::FileType type = platform::TypeOf(path);
-  if (type == platform::FileType::kFolder) return named + std::strerror(EISDIR);
-  if (type == platform::FileType::kOther) return named + "it is not a file";
-  // What is missing could not be made.
-  const std::string written = platform::IsFound(type) ? path : esd::GetParentFolder(path);
-  if (faccessat(AT_FDCWD, written.c_str(), W_OK, AT_EACCESS) != 0) {
-    return named + std::strerror(errno);
-  }
-  return named + "not a line was taken; the disk may be full, or there may be no semaphore for it";
+  return Shown(path) + " cannot be written: " +
+         FindLogObstacle(path).value_or(
+             "not a line was taken; the disk may be full, or there may be no semaphore for it");
 }
 
 // Fills `settings` as far as the preferences can be read, and writes back what they lack.
@@ -116,17 +97,14 @@ void ReadSettings(LogSettings& settings) {
   }
   // Read through the store: the preference objects would answer with their own defaults.
   prefs.GetPref<std::string>("StartupLogFile", settings.path, "");
-  if (!prefs.GetPref<int>("LogLevel", settings.level, kNotSet)) {
+  if (!prefs.GetPref<int>("LogLevel", settings.level, kLogLevelNotSet)) {
     settings.obstacle = DescribeLevel(prefs);
   }
-  if (settings.path.empty()) {
-    settings.path = esd::GetUpdaterPrefsFile(esd::kStartupLogName).value_or("");
-    if (!settings.path.empty()) prefs.GetStartupLogFilePref().Set(settings.path);
-  }
-  if (settings.level == kNotSet) {
-    settings.level = kDefaultLevel;
-    prefs.GetLogLevelPref().Set(settings.level);
-  }
+  const LogChoice choice = ChooseLog(settings.path, settings.level);
+  settings.path = choice.path;
+  if (choice.writes_path) prefs.GetStartupLogFilePref().Set(choice.path);
+  settings.level = choice.level;
+  if (choice.writes_level) prefs.GetLogLevelPref().Set(choice.level);
 }
 
 // There is no log yet to report a failure in, and what was read until then is still used.

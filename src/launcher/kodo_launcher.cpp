@@ -36,6 +36,13 @@ void LogNumber(const char* label, std::uint32_t number) {
 
 }  // namespace
 
+std::string ClientLibraryPath() {
+  std::string path;
+  welko::GetFolderPath(welko::kFolderVantreAppSupport, path);
+  welko::AppendPathComponent(path, "/VantreKDClient/kdupdater.dylib");
+  return path;
+}
+
 VantreUpdaterKodoLauncher* VantreUpdaterKodoLauncher::getInstance() {
   const std::lock_guard<std::mutex> guard(InstanceLock());
   if (g_instance == nullptr) g_instance = new VantreUpdaterKodoLauncher;
@@ -71,9 +78,7 @@ void VantreUpdaterKodoLauncher::runKodoWorkflow() {
 
 void VantreUpdaterKodoLauncher::initialize() {
   Log("inside initialize.");
-  std::string path;
-  welko::GetFolderPath(welko::kFolderVantreAppSupport, path);
-  welko::AppendPathComponent(path, "/VantreKDClient/kdupdater.dylib");
+  const std::string path = ClientLibraryPath();
   std::string library;
   welko::ToString(path, library);
   if (!library_.Load(library)) {

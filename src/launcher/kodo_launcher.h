@@ -4,6 +4,7 @@
 #define LAUNCHER_KODO_LAUNCHER_H_
 
 #include <cstdint>
+#include <string>
 
 #include "launcher/client_library.h"
 #include "launcher/kd_client.h"
@@ -14,6 +15,9 @@
 extern "C" void VantreKD_CFUCallbackFn(std::uint32_t result_code);
 
 namespace wakerly {
+
+/// The path of the client library, which may be missing.
+std::string ClientLibraryPath();
 
 /// One per process, used by the main thread; only the callback may come from another.
 class VantreUpdaterKodoLauncher {

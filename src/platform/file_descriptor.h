@@ -44,6 +44,10 @@ FileDescriptor OpenRegularFile(const std::string& path);
 /// cannot be read; errno is EFBIG when it has more than `limit` bytes.
 std::optional<std::string> ReadRegularFile(const std::string& path, std::size_t limit);
 
+/// The first `size` bytes of the regular file `path`, or fewer where it has no more. Nothing, with
+/// errno telling why, when it cannot be read.
+std::optional<std::string> ReadFileStart(const std::string& path, std::size_t size);
+
 }  // namespace platform
 
 #endif  // PLATFORM_FILE_DESCRIPTOR_H_

@@ -1,7 +1,9 @@
-// Names of POSIX named semaphores, as this system wants them.
+// POSIX named semaphores: their names as this system wants them, and where one comes from.
 #ifndef PLATFORM_SEMAPHORE_NAME_H_
 #define PLATFORM_SEMAPHORE_NAME_H_
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 namespace platform {
@@ -10,8 +12,15 @@ namespace platform {
 /// always.
 std::string SemaphoreName(std::string name);
 
-/// The shell command by which a user removes the semaphore of that name, as SemaphoreName gave it.
-std::string SemaphoreRemoval(const std::string& name);
+/// Who made a named semaphore, and when.
+struct SemaphoreOrigin {
+  std::uint32_t uid = 0;     ///< of its owner
+  std::int64_t seconds = 0;  ///< since the epoch
+};
+
+/// The origin of the semaphore of that name, as SemaphoreName gave it. Nothing where there is none,
+/// and on a system that does not tell.
+std::optional<SemaphoreOrigin> FindSemaphoreOrigin(const std::string& name);
 
 }  // namespace platform
 

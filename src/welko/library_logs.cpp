@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "platform/console_user.h"
+#include "platform/folder_making.h"
 #include "platform/folders.h"
 #include "welko/effective_user.h"
 #include "welko/folder_path.h"
@@ -14,6 +15,7 @@ namespace welko {
 namespace {
 
 bool MakePrivateFolder(const std::string& path) {
+  if (!platform::MakesFolders()) return platform::CouldMakeFolder(path);
   return mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
 }
 

@@ -51,6 +51,18 @@ LogFileLock::~LogFileLock() {
   Operate(kAttached, -1, IPC_NOWAIT);
 }
 
+std::optional<LogFileLock::Look> LogFileLock::LookAt(const std::string& path) {
+  const key_t key = ftok(path.c_str(), kProjectId);
+  // With the rights that using it takes.
+  const int set = key == -1 ? kNoSet : semget(key, 2, 0666);
+  if (set == kNoSet) return std::nullopt;
+  const int attached = semctl(set, kAttached, GETVAL);
+  const int is_free = semctl(set, kFree, GETVAL);
+  const int last = semctl(set, kFree, GETPID);
+  if (attached == -1 || is_free == -1 || last == -1) return std::nullopt;
+  return Look{attached, is_free != 0, last};
+}
+
 bool LogFileLock::Acquire() {
   for (int attempt = 0; attempt < kAttempts && set_ != kNoSet; ++attempt) {
     if (Operate(kFree, -1, SEM_UNDO)) return true;

@@ -5,6 +5,9 @@
 #ifndef WELKO_LOG_FILE_LOCK_H_
 #define WELKO_LOG_FILE_LOCK_H_
 
+#include <sys/types.h>
+
+#include <optional>
 #include <string>
 
 namespace welko {
@@ -39,6 +42,16 @@ class LogFileLock {
   ~LogFileLock();
   LogFileLock(const LogFileLock&) = delete;
   LogFileLock& operator=(const LogFileLock&) = delete;
+
+  /// A set as it is at this moment.
+  struct Look {
+    int attached = 0;      ///< how many processes it counts
+    bool is_free = false;  ///< whether nobody holds the lock
+    pid_t last = 0;        ///< the process that took or gave back the lock last; 0 for none
+  };
+  /// The set of the file `path`, which stays as it is. Nothing, with errno telling why, where there
+  /// is none (ENOENT) or this process may not use it (EACCES).
+  static std::optional<Look> LookAt(const std::string& path);
 
   /// Takes the lock, waiting while another process holds it. False when the set cannot be used.
   bool Acquire();

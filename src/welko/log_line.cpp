@@ -42,12 +42,7 @@ std::string FormatLogLine(std::int64_t time_ms, int level, const LogContext& con
                           std::string_view thread_id, std::string message,
                           const std::string& separator,
                           const std::vector<std::string>& masked_keys) {
-  if (HoldsToken(message)) {
-    message = "Found access/device token. Log skipped.";
-    level = kLogWarn;
-  } else {
-    MaskCredentials(message, masked_keys);
-  }
+  if (Redact(message, masked_keys)) level = kLogWarn;
   constexpr std::size_t kFieldsBeforeMessage = 160;  // rarely more
   std::string line;
   line.reserve(kFieldsBeforeMessage + message.size());

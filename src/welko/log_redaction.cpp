@@ -3,6 +3,11 @@
 #include "welko/ascii_case.h"
 
 namespace welko {
+namespace {
+
+constexpr std::string_view kMask = "****";
+
+}  // namespace
 
 bool HoldsToken(std::string_view message) {
   const std::size_t header = message.find("eyJ");
@@ -15,7 +20,6 @@ std::vector<std::string> CredentialKeys() {
 }
 
 void MaskCredentials(std::string& message, const std::vector<std::string>& keys) {
-  constexpr std::string_view kMask = "****";
   if (message.find('<') == std::string::npos) return;  // as in nearly every message
   std::string lower = AsciiLower(message);
   for (const std::string& key : keys) {
@@ -29,6 +33,24 @@ void MaskCredentials(std::string& message, const std::vector<std::string>& keys)
     message.replace(start, close - start, kMask);
     lower.replace(start, close - start, kMask);
   }
+}
+
+bool Redact(std::string& message, const std::vector<std::string>& keys) {
+  const bool holds_token = HoldsToken(message);
+  if (holds_token) {
+    message = "Found access/device token. Log skipped.";
+  } else {
+    MaskCredentials(message, keys);
+  }
+  return holds_token;
+}
+
+std::string RedactedValue(const std::string& key, const std::string& value) {
+  const std::string opening = "<" + key + ">";
+  const std::string closing = "</" + key + ">";
+  std::string element = opening + value + closing;
+  if (Redact(element, CredentialKeys())) return std::string(kMask);
+  return element.substr(opening.size(), element.size() - opening.size() - closing.size());
 }
 
 }  // namespace welko

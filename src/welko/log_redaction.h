@@ -20,6 +20,14 @@ std::vector<std::string> CredentialKeys();
 /// first closing tag count; an empty element, and one whose closing tag comes first, is left alone.
 void MaskCredentials(std::string& message, const std::vector<std::string>& keys);
 
+/// Makes `message` what a log may hold: masked by MaskCredentials with `keys`, or a text that
+/// stands in its place where it holds a token. Whether it holds one.
+bool Redact(std::string& message, const std::vector<std::string>& keys);
+
+/// `value` as a log may show it behind `key`: as what is left of it when it stands in the log as
+/// the element <key>value</key>.
+std::string RedactedValue(const std::string& key, const std::string& value);
+
 }  // namespace welko
 
 #endif  // WELKO_LOG_REDACTION_H_

@@ -52,6 +52,12 @@ std::optional<std::string> FindSuiteLogsFolder() {
 
 }  // namespace
 
+std::optional<std::string> DefaultLogPath(const std::string& name) {
+  std::optional<std::string> path = GetConsoleUserLogsFolder();
+  if (path) AppendPathComponent(*path, name);
+  return path;
+}
+
 LogTargetBase::LogTargetBase() { SetLogLevel(kLogInfo); }
 
 LogTargetBase::~LogTargetBase() = default;

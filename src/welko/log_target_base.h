@@ -7,12 +7,20 @@
 #include <cstdint>
 #include <fstream>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "welko/header_block.h"
 #include "welko/log_line.h"
 
 namespace welko {
+
+/// The name of a target's file that is given none.
+inline constexpr char kDefaultLogName[] = "Welko.log";
+
+/// The path of the log `name` of a target that is given no folder: in the console user's logs
+/// folder, which is made when it is missing. Nothing when that folder is not found.
+std::optional<std::string> DefaultLogPath(const std::string& name);
 
 /// One thread at a time uses a target; only AddRef may be called from any.
 class LogTargetBase {
@@ -60,14 +68,14 @@ class LogTargetBase {
   /// A target at level kLogInfo, without a name and a path.
   LogTargetBase();
 
-  std::string name_;                     ///< see GetName
-  std::string separator_ = " | ";        ///< between the fields of a line
-  std::string file_name_ = "Welko.log";  ///< the last component of the path, and its default
-  std::string file_path_;                ///< empty until SetLogFile or Open chooses one
-  int level_ = 0;                        ///< the threshold, as the switch files changed it
-  std::fstream stream_;                  ///< open on the file between Open and Close
-  bool enabled_ = true;                  ///< false when SetLogFile was refused its file
-  bool opened_ = false;                  ///< between a successful Open and Close
+  std::string name_;                         ///< see GetName
+  std::string separator_ = " | ";            ///< between the fields of a line
+  std::string file_name_ = kDefaultLogName;  ///< the last component of the path, and its default
+  std::string file_path_;                    ///< empty until SetLogFile or Open chooses one
+  int level_ = 0;                            ///< the threshold, as the switch files changed it
+  std::fstream stream_;                      ///< open on the file between Open and Close
+  bool enabled_ = true;                      ///< false when SetLogFile was refused its file
+  bool opened_ = false;                      ///< between a successful Open and Close
 
  private:
   std::int32_t use_count_ = 0;

@@ -16,7 +16,6 @@
 #include "platform/standard_error.h"
 #include "platform/system_version.h"
 #include "platform/thread_id.h"
-#include "welko/library_logs.h"
 #include "welko/log_backups.h"
 #include "welko/log_level.h"
 #include "welko/log_redaction.h"
@@ -99,9 +98,8 @@ bool LogTargetDefault::OpenStream(std::fstream& stream) {
 bool LogTargetDefault::Open() {
   if (!enabled_) return false;
   if (file_path_.empty()) {
-    std::optional<std::string> path = GetConsoleUserLogsFolder();
+    const std::optional<std::string> path = DefaultLogPath(file_name_);
     if (!path) return false;
-    AppendPathComponent(*path, file_name_);
     file_path_ = *path;
   }
   if (!OpenStream(stream_)) return false;

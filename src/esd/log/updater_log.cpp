@@ -6,6 +6,7 @@
 #include "platform/file_type.h"
 #include "welko/log_level.h"
 #include "welko/log_target_default.h"
+#include "welko/path.h"
 
 namespace esd {
 namespace {
@@ -37,11 +38,19 @@ int TargetLevel(int level) {
   }
 }
 
+struct LogFileParts {
+  std::string folder;
+  std::string name;
+};
+
+LogFileParts SplitLogPath(const std::string& path) {
+  return {GetParentFolder(path), path.substr(path.find_last_of("/\\") + 1)};
+}
+
 bool SetTargetFile(welko::LogTargetDefault& target, const std::string& path) {
-  const std::string folder = GetParentFolder(path);
-  if (folder.empty()) return false;
-  const std::string name = path.substr(path.find_last_of("/\\") + 1);
-  target.SetLogFile(name.c_str(), folder.c_str());
+  const LogFileParts parts = SplitLogPath(path);
+  if (parts.folder.empty()) return false;
+  target.SetLogFile(parts.name.c_str(), parts.folder.c_str());
   return true;
 }
 
@@ -88,6 +97,14 @@ bool InitUpdaterLog(const std::string& logFilePath, int level, const std::string
       has_file && platform::TypeOf(logFilePath) == platform::FileType::kRegular;
   g_log.is_written = is_open && (is_taken || !has_its_name);
   return has_file;
+}
+
+std::optional<std::string> UpdaterLogFile(const std::string& logFilePath) {
+  LogFileParts parts = SplitLogPath(logFilePath);
+  if (parts.folder.empty()) return welko::DefaultLogPath(welko::kDefaultLogName);
+  welko::AppendPathComponent(parts.folder,
+                             parts.name.empty() ? welko::kDefaultLogName : parts.name);
+  return parts.folder;
 }
 
 bool IsUpdaterLogWritten() { return g_log.is_written; }

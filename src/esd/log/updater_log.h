@@ -6,6 +6,7 @@
 #ifndef ESD_LOG_UPDATER_LOG_H_
 #define ESD_LOG_UPDATER_LOG_H_
 
+#include <optional>
 #include <string>
 
 namespace esd {
@@ -22,6 +23,10 @@ inline constexpr int kStepLevel = 3;     ///< the begin and the end of a step
 /// the path names no folder (then the log goes to the target's default file).
 bool InitUpdaterLog(const std::string& logFilePath, int level, const std::string& product,
                     const std::string& component, const std::string& subComponent);
+
+/// The path of the file that InitUpdaterLog writes to when it is given `logFilePath`. Nothing when
+/// that names no folder and the target's default folder is not found.
+std::optional<std::string> UpdaterLogFile(const std::string& logFilePath);
 
 /// Whether InitUpdaterLog could open the log's file and, where that is the one it was given, its
 /// banner reached it.

@@ -31,12 +31,17 @@ bool GetLaunchAgentsFolder(std::uint32_t& errorCode, char* buffer, std::size_t b
   return true;
 }
 
-bool IsScheduledTaskPresent(std::uint32_t& errorCode, const std::wstring& /*label*/) {
+std::optional<std::string> GetLaunchAgentPath(std::uint32_t& errorCode) {
   char path[1024];
-  if (!GetLaunchAgentsFolder(errorCode, path, sizeof path, false)) return false;
+  if (!GetLaunchAgentsFolder(errorCode, path, sizeof path, false)) return std::nullopt;
   const std::size_t length = std::strlen(path);
   std::snprintf(path + length, sizeof path - length, "%s", kAgentFile);
-  return platform::SizeOf(path).value_or(0) > 0;
+  return path;
+}
+
+bool IsScheduledTaskPresent(std::uint32_t& errorCode, const std::wstring& /*label*/) {
+  const std::optional<std::string> path = GetLaunchAgentPath(errorCode);
+  return path && platform::SizeOf(*path).value_or(0) > 0;
 }
 
 }  // namespace esd

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace esd {
@@ -14,7 +15,11 @@ namespace esd {
 bool GetLaunchAgentsFolder(std::uint32_t& errorCode, char* buffer, std::size_t bufferSize,
                            bool create);
 
-/// Whether the launch agent's property list stands in that folder and is not empty, whatever
+/// The path of the launch agent's property list in that folder. Nothing, and `errorCode` as above,
+/// when the folder is not found.
+std::optional<std::string> GetLaunchAgentPath(std::uint32_t& errorCode);
+
+/// Whether the launch agent's property list stands there and is not empty, whatever
 /// `label`. `errorCode` as above; a missing file leaves it 0.
 bool IsScheduledTaskPresent(std::uint32_t& errorCode, const std::wstring& label);
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <functional>
 #include <iterator>
 #include <new>
 #include <optional>
@@ -10,18 +9,16 @@
 #include <type_traits>
 #include <utility>
 
+#include "esd/prefs/prefs_document.h"
 #include "esd/prefs/prefs_lock.h"
 #include "esd/util/change_diff_type.h"
 #include "esd/util/delete_path.h"
 #include "esd/util/replace_file.h"
-#include "esd/xml/xml_search.h"
 #include "esd/xml/xml_writer.h"
 #include "platform/file_descriptor.h"
 
 namespace esd {
 namespace {
-
-using ElementNamed = NodeName_t<std::string, std::equal_to<std::string>>;
 
 // Whether an open(2) that failed so tells for good that there is nothing to read. Anything else,
 // such as too many open files, may be over soon, and the file may hold what must not be lost.
@@ -78,12 +75,11 @@ void PrefsWriter::Load(const platform::FileDescriptor& file, bool may_remove) {
 
 // Makes the element of the right name the root of a document that was read.
 void PrefsWriter::AdoptDocument(const std::optional<platform::FileStamp>& stamp) {
-  const auto found = SearchResult(builder_.GetRoot()).Children(ElementNamed(root_name_));
-  if (found.nodes().empty()) {
+  root_ = FindPrefsRoot(builder_.GetRoot(), root_name_);
+  if (root_ == nullptr) {
     AddRoot();
-  } else {
-    root_ = found.nodes().front();
-    if (stamp) file_.Remember(*stamp);
+  } else if (stamp) {
+    file_.Remember(*stamp);
   }
 }
 
@@ -137,11 +133,8 @@ bool PrefsWriter::DeleteAllPrefs() {
 }
 
 XMLDocumentNode* PrefsWriter::GetPrefsNode(const std::string& key, bool create) {
-  if (root_ == nullptr) return nullptr;
-  for (const auto& entry : root_->children()) {
-    if (entry->GetName() == key) return entry.get();
-  }
-  if (!create) return nullptr;
+  XMLDocumentNode* const found = FindPrefsEntry(root_, key);
+  if (found != nullptr || root_ == nullptr || !create) return found;
   try {
     auto* const entry = new XMLDocumentNode(key);
     root_->AddChild(entry);
@@ -173,18 +166,7 @@ template <PrefValue T>
 bool PrefsWriter::GetPref(const std::string& key, T& out, const T& otherwise) {
   const PrefsLock lock(*this);
   if (!lock.held()) return false;
-  const XMLDocumentNode* const entry = GetPrefsNode(key, false);
-  const std::string text = entry != nullptr ? entry->GetData() : "";
-  if (text.empty()) {
-    out = otherwise;
-    return true;
-  }
-  if constexpr (std::is_same_v<T, std::string>) {
-    out = text;
-    return true;
-  } else {
-    return ChangeDiffTypeImpl<std::string, T>::ChangeType(text, out);
-  }
+  return ReadPrefsValue(GetPrefsNode(key, false), out, otherwise);
 }
 
 template <PrefValue T>

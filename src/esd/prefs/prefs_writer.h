@@ -6,22 +6,17 @@
 #ifndef ESD_PREFS_PREFS_WRITER_H_
 #define ESD_PREFS_PREFS_WRITER_H_
 
-#include <concepts>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "esd/prefs/lock_policy.h"
+#include "esd/prefs/prefs_document.h"
 #include "esd/prefs/prefs_file.h"
 #include "esd/xml/expat_dom_builder.h"
 #include "esd/xml/xml_document_node.h"
 
 namespace esd {
-
-/// A type of value that a store keeps as text.
-template <typename T>
-concept PrefValue = std::same_as<T, bool> || std::same_as<T, int> ||
-    std::same_as<T, unsigned long> || std::same_as<T, std::string>;
 
 /// One thread uses a store. Reads and writes give false, and do nothing, when the lock cannot be
 /// had.

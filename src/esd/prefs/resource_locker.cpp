@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <new>
 #include <utility>
@@ -99,6 +100,13 @@ bool ResourceLocker::IsLocked() { return plat_->IsLocked(); }
 std::string ResourceLocker::SemaphoreOf(const std::string& resource) {
   const std::array<unsigned char, 16> digest = platform::Md5Digest(resource);
   return platform::SemaphoreName(EncodeBase64(digest.data(), digest.size()));
+}
+
+bool ResourceLocker::IsTaken(const std::string& resource) {
+  sem_t* const semaphore = sem_open(SemaphoreOf(resource).c_str(), 0);
+  if (semaphore == SEM_FAILED) return errno != ENOENT;
+  sem_close(semaphore);
+  return true;
 }
 
 }  // namespace esd

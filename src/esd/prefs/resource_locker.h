@@ -32,6 +32,8 @@ class ResourceLocker : public LockPolicyInterface {
 
   /// The name of the semaphore that is the lock on `resource`, as the system takes it.
   static std::string SemaphoreOf(const std::string& resource);
+  /// Whether the semaphore that is the lock on `resource` stands at this moment, whoever made it.
+  static bool IsTaken(const std::string& resource);
 
  private:
   class ResourceLockerPlat;

@@ -11,6 +11,7 @@
 #include "esd/util/folder_tree.h"
 #include "esd/util/path.h"
 #include "esd/util/special_folder.h"
+#include "platform/folder_making.h"
 
 namespace esd {
 namespace {
@@ -24,6 +25,7 @@ bool EnsureFolder(const std::string& path, const std::string& above, bool shared
   std::uint16_t bits = 0774;
   GetPermissionMode(above, bits);
   if (ObjectExistsAtPath(path)) return true;
+  if (!platform::MakesFolders()) return platform::CouldMakeFolder(path);
   return CreateFolderTree(path, shared ? kSharedMode : mode_t{bits});
 }
 
@@ -42,7 +44,11 @@ std::optional<std::string> FindOwnTemporaryFolder() {
   if (!GetSpecialFolder(kLocalTemporary, path, true)) return std::nullopt;
   for (const char* name : {"Vantre", "OrlanUpdater", "1.0"}) {
     path = JoinPath(path, name);
-    MakePrivateFolder(path);
+    if (platform::MakesFolders()) {
+      MakePrivateFolder(path);
+    } else if (!ObjectExistsAtPath(path) && platform::CouldMakeFolder(path)) {
+      continue;
+    }
     if (!IsOwnFolder(path)) return std::nullopt;
   }
   return path;
@@ -51,6 +57,12 @@ std::optional<std::string> FindOwnTemporaryFolder() {
 std::string JoinParts(std::string path, std::initializer_list<const char*> parts) {
   for (const char* part : parts) path = JoinPath(path, part);
   return path;
+}
+
+std::optional<std::string> InInventory(const char* name) {
+  std::string folder;
+  if (!GetInventoryFolder(folder)) return std::nullopt;
+  return JoinPath(folder, name);
 }
 
 }  // namespace
@@ -106,10 +118,10 @@ bool GetInventoryFolder(std::string& out) {
   return true;
 }
 
-std::optional<std::string> GetUninstallStampPath() {
-  std::string folder;
-  if (!GetInventoryFolder(folder)) return std::nullopt;
-  return JoinPath(folder, "uninstallts");
+std::optional<std::string> GetUninstallStampPath() { return InInventory("uninstallts"); }
+
+std::optional<std::string> GetAdminPrefsFile() {
+  return InInventory("VantreUpdaterAdminPrefs.dat");
 }
 
 bool GetNotifierExecutablePath(std::string& out) {

@@ -55,6 +55,10 @@ bool GetInventoryFolder(std::string& out);
 /// folder is not found.
 std::optional<std::string> GetUninstallStampPath();
 
+/// The path of the administrator's preference file in the inventory folder; nothing when that
+/// folder is not found.
+std::optional<std::string> GetAdminPrefsFile();
+
 /// Gives in `out` the path of the updates notifier's executable, which may be missing. False, with
 /// `out` empty, when the machine's application-support folder is not found.
 bool GetNotifierExecutablePath(std::string& out);

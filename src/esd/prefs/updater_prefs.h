@@ -65,8 +65,30 @@ namespace esd {
 /// The value of UpdaterPrefSchedCheckFreq with which the updater never checks by itself.
 inline constexpr int kCheckNever = 3;
 
+/// The root element of a preference file.
+inline constexpr char kPrefsRootName[] = "Preferences";
+
+/// The defaults that name folders, for a scope in which VANTRE_UPDATER_PREFS is used. Each is empty
+/// where its folder is not found.
+class UpdaterPrefDefaults {
+ protected:
+  UpdaterPrefDefaults();
+  /// The path of `name` in the updater preferences folder.
+  std::string InFolder(const char* name) const;
+  /// The folder above that folder.
+  std::string FolderAbove() const;
+  static std::string UserCacheFolder();
+
+ private:
+  std::string folder_;  ///< the updater preferences folder
+};
+
+/// Whether the record of a scheduled task whose launch agent is missing must not look like one that
+/// will check: the task is not needed, and was added all the same.
+inline bool IsTaskRecordObsolete(bool needed, bool added) { return added && !needed; }
+
 /// The store of the updater's preferences, with an object for each key. One thread uses it.
-class VantreUpdaterPrefs : public PrefsWriter {
+class VantreUpdaterPrefs : public PrefsWriter, private UpdaterPrefDefaults {
  public:
   /// The types that the rows of VANTRE_UPDATER_PREFS name.
   ///@{
@@ -100,12 +122,6 @@ class VantreUpdaterPrefs : public PrefsWriter {
   void ReconcileUninstallStamp(bool variant);
   void ReconcileScheduledTask();
 
-  // Defaults that name folders are empty where the folder is not found.
-  std::string InFolder(const char* name) const;
-  std::string FolderAbove() const;
-  static std::string UserCacheFolder();
-
-  const std::string defaults_folder_;  ///< the updater preferences folder
 #define VANTRE_MEMBER(Type, key, ...) Type key##_{#key __VA_OPT__(, ) __VA_ARGS__};
   VANTRE_UPDATER_PREFS(VANTRE_MEMBER)
 #undef VANTRE_MEMBER

@@ -1,5 +1,6 @@
 #include "esd/util/delete_path.h"
 
+#include <fcntl.h>
 #include <fts.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -31,11 +32,15 @@ bool DeleteTree(std::string path) {
   return !platform::IsFound(platform::TypeOfLink(path));
 }
 
+std::string FolderOf(const std::string& path) {
+  const std::string folder = path.substr(0, path.rfind('/') + 1);
+  return folder.empty() ? "." : folder;
+}
+
 bool IsVolumeReadOnly(const std::string& path) {
   // A link may point to another volume or nowhere; its folder holds it.
-  const std::string folder = path.substr(0, path.rfind('/') + 1);
   struct statvfs volume {};
-  if (statvfs(folder.empty() ? "." : folder.c_str(), &volume) != 0) return false;
+  if (statvfs(FolderOf(path).c_str(), &volume) != 0) return false;
   return (volume.f_flag & ST_RDONLY) != 0;
 }
 
@@ -54,14 +59,30 @@ bool MayWrite(const struct stat& status) {
   return true;
 }
 
+bool IsDeletable(const std::string& path, const struct stat& status) {
+  return !S_ISDIR(status.st_mode) && !platform::IsLocked(path) && !IsVolumeReadOnly(path) &&
+         MayWrite(status);
+}
+
 }  // namespace
 
 bool DeleteFile(const std::string& path) {
   struct stat status {};
   if (lstat(path.c_str(), &status) != 0) return true;
-  if (S_ISDIR(status.st_mode)) return false;
-  if (platform::IsLocked(path) || IsVolumeReadOnly(path) || !MayWrite(status)) return false;
-  return remove(path.c_str()) == 0;
+  return IsDeletable(path, status) && remove(path.c_str()) == 0;
+}
+
+bool CouldDeleteFile(const std::string& path) {
+  struct stat status {};
+  struct stat folder {};
+  if (lstat(path.c_str(), &status) != 0) return true;
+  const std::string above = FolderOf(path);
+  if (!IsDeletable(path, status) || stat(above.c_str(), &folder) != 0) return false;
+  // In a sticky folder (unlink(2)) only the owners of the file and of the folder remove it.
+  const uid_t user = geteuid();
+  const bool sticks = (folder.st_mode & S_ISVTX) != 0 && user != 0 && user != folder.st_uid &&
+                      user != status.st_uid;
+  return !sticks && faccessat(AT_FDCWD, above.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
 bool DeletePath(const std::string& given_path) {

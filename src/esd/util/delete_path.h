@@ -18,6 +18,9 @@ bool DeletePath(const std::string& path);
 /// The same for what is no folder. A folder stays, with the result false.
 bool DeleteFile(const std::string& path);
 
+/// Whether DeleteFile would be true, as far as a look at the file and its folder tells.
+bool CouldDeleteFile(const std::string& path);
+
 }  // namespace esd
 
 #endif  // ESD_UTIL_DELETE_PATH_H_

@@ -95,6 +95,13 @@ bool ExpatDOMBuilder<Node>::ParseFile(const platform::FileDescriptor& file,
 }
 
 template <typename Node>
+XmlFault ExpatDOMBuilder<Node>::fault() const {
+  // The parser counts lines from 1 and columns from 0.
+  return {XML_GetCurrentLineNumber(parser_), XML_GetCurrentColumnNumber(parser_) + 1,
+          XML_ErrorString(XML_GetErrorCode(parser_))};
+}
+
+template <typename Node>
 void ExpatDOMBuilder<Node>::OnStartElement(void* self, const char* name, const char** attributes) {
   auto* builder = static_cast<ExpatDOMBuilder*>(self);
   builder->Guard([=] {

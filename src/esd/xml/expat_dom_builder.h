@@ -4,6 +4,7 @@
 
 #include <expat.h>
 
+#include <cstdint>
 #include <memory>
 #include <stack>
 #include <string>
@@ -11,6 +12,13 @@
 #include "platform/file_descriptor.h"
 
 namespace esd {
+
+/// Where and why a text is no well-formed XML.
+struct XmlFault {
+  std::uint64_t line = 0;    ///< from 1
+  std::uint64_t column = 0;  ///< in bytes, from 1
+  std::string text;          ///< the parser's own words
+};
 
 /// Owns at most one document. Used by one thread at a time.
 template <typename Node>
@@ -38,6 +46,8 @@ class ExpatDOMBuilder {
   bool ParseFile(const platform::FileDescriptor& file, bool result_if_unreadable);
   /// Whether the last ParseFile was false because of the text, and not for another reason.
   bool is_malformed() const { return is_malformed_; }
+  /// What the parser found wrong; only after a ParseFile that was false because of the text.
+  XmlFault fault() const;
 
   /// The declaration node, owned by the builder; null without a document.
   Node* GetRoot() const { return root_.get(); }

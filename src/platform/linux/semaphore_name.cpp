@@ -1,5 +1,7 @@
 #include "platform/semaphore_name.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 
 namespace platform {
@@ -10,9 +12,11 @@ std::string SemaphoreName(std::string name) {
   return "/" + name;
 }
 
-// The C library keeps the semaphore "/name" as this file.
-std::string SemaphoreRemoval(const std::string& name) {
-  return "rm '/dev/shm/sem." + name.substr(1) + "'";
+// The C library keeps the semaphore "/name" as this file, and nobody writes to one that is a lock.
+std::optional<SemaphoreOrigin> FindSemaphoreOrigin(const std::string& name) {
+  struct stat status {};
+  if (stat(("/dev/shm/sem." + name.substr(1)).c_str(), &status) != 0) return std::nullopt;
+  return SemaphoreOrigin{status.st_uid, status.st_mtim.tv_sec};
 }
 
 }  // namespace platform

@@ -2,7 +2,9 @@
 
 #import <CoreServices/CoreServices.h>
 
+#include "platform/folder_making.h"
 #include "platform/macos/text.h"
+#include "platform/posix/standard_folder.h"
 
 namespace platform {
 namespace {
@@ -36,17 +38,25 @@ std::optional<std::string> PathOf(const FSRef& folder, std::size_t path_size) {
   return Utf8Text(buffer.c_str());
 }
 
+// File Manager has no path for a folder that is missing.
+std::optional<std::string> PretendFolder(FolderDomain domain, FolderType type,
+                                         std::size_t path_size) {
+  std::optional<std::string> path = StandardFolder(domain, type, "", HomeFolder());
+  const bool fits = path && (path_size == kAnySize || path->size() < path_size);
+  return fits && CouldMakeFolder(*path) ? path : std::nullopt;
+}
+
 }  // namespace
 
 std::optional<std::string> FindFolder(FolderDomain domain, FolderType type, bool create,
                                       std::size_t path_size) {
   @autoreleasepool {
     FSRef folder;
-    if (FSFindFolder(static_cast<FSVolumeRefNum>(domain), type,
-                     create ? kCreateFolder : kDontCreateFolder, &folder) != noErr) {
-      return std::nullopt;
+    const Boolean makes = create && MakesFolders() ? kCreateFolder : kDontCreateFolder;
+    if (FSFindFolder(static_cast<FSVolumeRefNum>(domain), type, makes, &folder) == noErr) {
+      return PathOf(folder, path_size);
     }
-    return PathOf(folder, path_size);
+    return create && !MakesFolders() ? PretendFolder(domain, type, path_size) : std::nullopt;
   }
 }
 

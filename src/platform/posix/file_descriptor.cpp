@@ -31,19 +31,26 @@ FileDescriptor OpenRegularFile(const std::string& path) {
 }
 
 std::optional<std::string> ReadRegularFile(const std::string& path, std::size_t limit) {
+  std::optional<std::string> content = ReadFileStart(path, std::max(limit, limit + 1));
+  if (!content || content->size() <= limit) return content;
+  errno = EFBIG;
+  return std::nullopt;
+}
+
+std::optional<std::string> ReadFileStart(const std::string& path, std::size_t size) {
   const FileDescriptor file = OpenRegularFile(path);
   if (!file) return std::nullopt;
   std::string content;
   std::array<char, 4096> block{};
   // Its size alone would not tell: the file may grow meanwhile.
-  while (content.size() <= limit) {
-    const ssize_t size = read(file.number(), block.data(), block.size());
-    if (size == 0) return content;
-    if (size < 0 && errno != EINTR) return std::nullopt;
-    content.append(block.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+  while (content.size() < size) {
+    const ssize_t got =
+        read(file.number(), block.data(), std::min(block.size(), size - content.size()));
+    if (got == 0) break;
+    if (got < 0 && errno != EINTR) return std::nullopt;
+    content.append(block.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
   }
-  errno = EFBIG;
-  return std::nullopt;
+  return content;
 }
 
 }  // namespace platform

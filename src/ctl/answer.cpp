@@ -1,0 +1,33 @@
+#include "ctl/answer.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+#include "platform/standard_error.h"
+
+namespace ctl {
+
+bool WriteOutput(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
+    if (written < 0 && errno != EINTR) return false;
+    if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+int Print(const Answer& answer, bool as_json) {
+  const std::string text = as_json ? ToJson(answer.json) : answer.page.Render(StandardDisplay());
+  if (WriteOutput(text) || errno == EPIPE) return answer.status;
+  return Refuse(std::string("the output cannot be written: ") + std::strerror(errno));
+}
+
+int Refuse(std::string_view text) {
+  platform::WriteToStandardError("wakerlyctl: " + std::string(text) + "\n");
+  return kRefused;
+}
+
+}  // namespace ctl

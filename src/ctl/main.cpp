@@ -1,0 +1,81 @@
+// wakerlyctl: says what a run of wakerly would do and why, what is wrong on this machine, and what
+// to do about it. It changes nothing unless it is told to.
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <exception>
+#include <optional>
+#include <string>
+
+#include "ctl/answer.h"
+#include "ctl/explain.h"
+#include "ctl/ids.h"
+#include "driver/home_owner.h"
+#include "driver/standard_streams.h"
+#include "esd/util/program_version.h"
+#include "platform/folder_making.h"
+
+namespace {
+
+using ctl::Answer;
+
+struct CommandLine {
+  bool as_json = false;
+  ctl::ExplainOptions explain;
+};
+
+CLI::App* AddCommand(CLI::App& app, CommandLine& line, const char* name, const char* description) {
+  CLI::App* const command = app.add_subcommand(name, description);
+  command->add_flag("--json", line.as_json, "Print JSON, for machines");
+  return command;
+}
+
+void AddCommands(CLI::App& app, CommandLine& line) {
+  CLI::App* const explain =
+      AddCommand(app, line, "explain", "What a run now would do, and why, in the order of a run");
+  explain->add_flag("--scheduled", line.explain.is_scheduled, "A run that the schedule starts");
+  explain->add_option("--at", line.explain.at, "The date of the run; nothing else is moved")
+      ->type_name("YYYY-MM-DD");
+  AddCommand(app, line, "ids", "All identifiers, with their meaning");
+}
+
+int RunCommand(const std::string& name, const CommandLine& line) {
+  if (name == "explain") {
+    const std::optional<Answer> answer = ctl::Explain(line.explain);
+    if (answer) return ctl::Print(*answer, line.as_json);
+    return ctl::Refuse("--at: not a date of the form YYYY-MM-DD: " + *line.explain.at);
+  }
+  return ctl::Print(ctl::ListIdentifiers(), line.as_json);
+}
+
+int Run(int argc, char** argv) {
+  // As a run does: root with another user's home folder looks as that user.
+  wakerly::BecomeHomeOwner();
+  platform::OnlyPretendToMakeFolders();
+  // A reader that goes away is told by the write that fails.
+  std::signal(SIGPIPE, SIG_IGN);
+
+  CommandLine line;
+  CLI::App app("What a run of wakerly would do and why, and what is wrong on this machine.",
+               "wakerlyctl");
+  app.set_version_flag("--version", std::string("wakerlyctl ") + esd::ProgramVersion());
+  app.require_subcommand(1);
+  AddCommands(app, line);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? ctl::kDone : ctl::kRefused;
+  }
+  return RunCommand(app.get_subcommands().front()->get_name(), line);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  wakerly::OpenClosedStreams();
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {
+    return ctl::Refuse(error.what());
+  }
+}

@@ -1,0 +1,56 @@
+// A command's answer for people: titles, labelled rows and plain lines.
+#ifndef CTL_PAGE_H_
+#define CTL_PAGE_H_
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace ctl {
+
+/// How a row is meant; a terminal shows it by colour.
+enum class Tone { kPlain, kGood, kNote, kBad };
+
+/// Where a page is printed.
+struct Display {
+  /// Whether labels are aligned and long text is wrapped, at `width` columns.
+  bool is_terminal = false;
+  bool has_colour = false;
+  std::size_t width = 80;
+};
+
+/// The display that standard output is. NO_COLOR in the environment, unless empty, and TERM=dumb
+/// turn the colour off.
+Display StandardDisplay();
+
+/// Rows are collected and rendered at the end, when the widest label is known.
+class Page {
+ public:
+  /// A line of its own with an empty line above it, unless it is the first.
+  void AddTitle(std::string text);
+  /// A line of text under a label. Its text may be empty.
+  void AddRow(std::string label, Tone tone, std::string text);
+  /// One more line of text under the label of the row above.
+  void AddDetail(std::string text);
+  /// A line that is printed as it is: never wrapped, so that it can be copied.
+  void AddVerbatim(std::string text);
+
+  /// The whole text, each line ended by a newline. What is a control character in a text, its own
+  /// line ends too, is printed as "?" so that no text can act on a terminal or pass for two lines.
+  std::string Render(const Display& display) const;
+
+ private:
+  enum class Kind { kTitle, kRow, kDetail, kVerbatim };
+  struct Line {
+    Kind kind;
+    std::string label;
+    Tone tone;
+    std::string text;
+  };
+
+  std::vector<Line> lines_;
+};
+
+}  // namespace ctl
+
+#endif  // CTL_PAGE_H_

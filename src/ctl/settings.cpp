@@ -1,0 +1,97 @@
+#include "ctl/settings.h"
+
+#include <algorithm>
+#include <type_traits>
+#include <utility>
+
+#include "welko/log_redaction.h"
+
+namespace ctl {
+namespace {
+
+template <typename T>
+Value ToValue(const Setting<T>& setting) {
+  if (!setting.value) return welko::RedactedValue(setting.key, setting.text);
+  if constexpr (std::is_same_v<T, std::string>) {
+    return welko::RedactedValue(setting.key, *setting.value);
+  } else {
+    return Value(*setting.value);
+  }
+}
+
+bool IsListed(const Value::Array& list, const std::string& key) {
+  return std::any_of(list.begin(), list.end(), [&](const Value& value) {
+    const auto& members = std::get<Value::Object>(value.content());
+    return std::get<std::string>(members.front().value.content()) == key;
+  });
+}
+
+}  // namespace
+
+const char* NameOf(Source source) {
+  switch (source) {
+    case Source::kUser:
+      return "user";
+    case Source::kAdministrator:
+      return "administrator";
+    case Source::kUninstallStamp:
+      return "uninstall-stamp";
+    case Source::kLaunchAgent:
+      return "launch-agent";
+    case Source::kDefault:
+      break;
+  }
+  return "default";
+}
+
+template <typename T>
+std::string Describe(const Setting<T>& setting) {
+  const Value value = ToValue(setting);
+  const auto* const text = std::get_if<std::string>(&value.content());
+  std::string shown = text != nullptr ? "\"" + *text + "\"" : ToJson(value);
+  if (shown.ends_with('\n')) shown.pop_back();
+  return setting.key + " = " + shown + " (" + NameOf(setting.source) + ")";
+}
+
+Source Settings::SourceOf(const std::string& key, bool is_in_file) const {
+  if (const auto found = replacements_.find(key); found != replacements_.end()) {
+    return found->second.source;
+  }
+  if (!is_in_file) return Source::kDefault;
+  return forgotten_by_.value_or(file_source_);
+}
+
+template <esd::PrefValue T>
+Setting<T> Settings::Read(const std::string& key, const T& otherwise) {
+  const esd::XMLDocumentNode* entry = view_.FindEntry(key);
+  const bool is_in_file = entry != nullptr && !entry->GetData().empty();
+  Setting<T> setting{key, std::nullopt, "", SourceOf(key, is_in_file)};
+  std::optional<esd::XMLDocumentNode> replacement;
+  if (forgotten_by_) entry = nullptr;
+  if (const auto found = replacements_.find(key); found != replacements_.end()) {
+    replacement.emplace(key).SetData(found->second.text);
+    entry = &*replacement;
+  }
+  if (entry != nullptr) setting.text = entry->GetData();
+  T value{};
+  if (esd::ReadPrefsValue(entry, value, otherwise)) setting.value = std::move(value);
+  if (!IsListed(list_, key)) {
+    list_.push_back(Value::Object{
+        {"key", key}, {"value", ToValue(setting)}, {"source", NameOf(setting.source)}});
+  }
+  return setting;
+}
+
+void Settings::Replace(const std::string& key, std::string text, Source source) {
+  replacements_[key] = {std::move(text), source};
+}
+
+template std::string Describe(const Setting<bool>&);
+template std::string Describe(const Setting<int>&);
+template std::string Describe(const Setting<std::string>&);
+template Setting<bool> Settings::Read(const std::string&, const bool&);
+template Setting<int> Settings::Read(const std::string&, const int&);
+template Setting<unsigned long> Settings::Read(const std::string&, const unsigned long&);
+template Setting<std::string> Settings::Read(const std::string&, const std::string&);
+
+}  // namespace ctl

@@ -1,0 +1,77 @@
+// The settings of a run as it would find them, each with where it comes from.
+#ifndef CTL_SETTINGS_H_
+#define CTL_SETTINGS_H_
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ctl/prefs_view.h"
+#include "ctl/value.h"
+
+namespace ctl {
+
+/// Where a value comes from.
+enum class Source {
+  kUser,            ///< the user's preference file
+  kAdministrator,   ///< the administrator's
+  kDefault,         ///< no file
+  kUninstallStamp,  ///< an uninstallation outdated the file's, which the run removes
+  kLaunchAgent,     ///< the launch agent is missing, which the run records
+};
+
+/// Its name: "user", "administrator", "default", "uninstall-stamp" or "launch-agent".
+const char* NameOf(Source source);
+
+/// One key with its value.
+template <typename T>
+struct Setting {
+  std::string key;
+  std::optional<T> value;  ///< nothing where `text` is no T
+  std::string text;        ///< as it stands in the file; empty where no file holds it
+  Source source;
+};
+
+/// "key = value (source)", the value masked as the log does it.
+template <typename T>
+std::string Describe(const Setting<T>& setting);
+
+/// The settings of one preference file, and a list of those that were asked for.
+class Settings {
+ public:
+  /// The settings that `view` holds; it must outlive this object. `file_source` is its own.
+  Settings(const PrefsView& view, Source file_source) : view_(view), file_source_(file_source) {}
+
+  /// The value of `key`, the replacement where there is one, else that of the file, else
+  /// `otherwise`. It goes to the list.
+  template <esd::PrefValue T>
+  Setting<T> Read(const std::string& key, const T& otherwise);
+
+  /// From here on `key` has the value that stands in a file as `text`.
+  void Replace(const std::string& key, std::string text, Source source);
+  /// From here on no key has what the file holds: each that it does hold counts as `source`'s.
+  void ForgetFile(Source source) { forgotten_by_ = source; }
+
+  /// Each setting that was read, in that order, as an object with the members "key", "value" and
+  /// "source". Credentials are masked.
+  const Value::Array& list() const { return list_; }
+
+ private:
+  struct Replacement {
+    std::string text;
+    Source source;
+  };
+
+  Source SourceOf(const std::string& key, bool is_in_file) const;
+
+  const PrefsView& view_;
+  const Source file_source_;
+  std::optional<Source> forgotten_by_;
+  std::map<std::string, Replacement> replacements_;
+  Value::Array list_;
+};
+
+}  // namespace ctl
+
+#endif  // CTL_SETTINGS_H_
