@@ -1,0 +1,23 @@
+# Completion of wakerlyctl for bash (bash(1), "Programmable Completion").
+
+_wakerlyctl() {
+  local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
+  local words='explain doctor prefs lock log ids --help --version'
+  COMPREPLY=()
+  if ((COMP_CWORD > 1)); then
+    # Their values are nothing that a list could offer.
+    [[ $previous == --at || $previous == --runs ]] && return
+    case $command in
+      explain) words='--scheduled --at --json --help' ;;
+      doctor) words='--load-library --json --help' ;;
+      prefs) words="--json --help $(wakerlyctl prefs --json 2>/dev/null | sed -n 's/.*"key": "\(.*\)".*/\1/p')" ;;
+      lock) words='--clear --yes --json --help' ;;
+      log) words='--runs --follow --json --help' ;;
+      ids) words='--json --help' ;;
+      *) return ;;
+    esac
+  fi
+  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+}
+
+complete -F _wakerlyctl wakerlyctl
