@@ -5,3 +5,5 @@ file(COPY ${CPACK_WAKERLY_DOCUMENTS} DESTINATION "${share}/doc/wakerly"
 execute_process(COMMAND gzip -9n "${share}/doc/wakerly/changelog" "${share}/man/man8/wakerly.8"
                         "${share}/man/man8/wakerlyctl.8"
                 COMMAND_ERROR_IS_FATAL ANY)
+# Where Debian's zsh looks.
+file(RENAME "${share}/zsh/site-functions" "${share}/zsh/vendor-completions")

@@ -41,8 +41,8 @@ const char* Describe(PrefsState state) {
 
 PrefsView::PrefsView(std::optional<std::string> path)
     : path_(std::move(path)),
-      builder_(std::make_unique<esd::ExpatDOMBuilder<esd::XMLDocumentNode>>()),
-      state_(Load()) {
+      builder_(std::make_unique<esd::ExpatDOMBuilder<esd::XMLDocumentNode>>()) {
+  state_ = Load();
   // A program that does not replace the file whole may have been writing it.
   if (state_ == PrefsState::kMalformed) state_ = Load();
 }

@@ -57,7 +57,7 @@ class PrefsView {
   std::optional<std::string> path_;
   std::unique_ptr<esd::ExpatDOMBuilder<esd::XMLDocumentNode>> builder_;
   const esd::XMLDocumentNode* root_ = nullptr;  ///< owned by the builder
-  PrefsState state_;
+  PrefsState state_ = PrefsState::kNoFolder;
   std::string error_;
   std::optional<esd::XmlFault> fault_;
 };
