@@ -28,7 +28,7 @@ set(CMAKE_MODULE_LINKER_FLAGS_INIT "-F${frameworks} -L${sdk}/usr/lib")
 # Of this machine's headers, these two libraries' and no others: they are the same on every system.
 set(headers "${CMAKE_BINARY_DIR}/headers")
 file(MAKE_DIRECTORY "${headers}")
-foreach(header boost expat.h expat_external.h)
+foreach(header boost CLI expat.h expat_external.h nlohmann)
   file(CREATE_LINK "/usr/include/${header}" "${headers}/${header}" SYMBOLIC)
 endforeach()
 set(Boost_INCLUDE_DIR "${headers}" CACHE PATH "")

@@ -16,7 +16,7 @@ Json Convert(const Value& value) {
   }
   if (const auto* object = std::get_if<Value::Object>(&value.content())) {
     Json json = Json::object();
-    for (const Member& member : *object) json[member.name] = Convert(member.value);
+    for (const auto& member : *object) json[member.name] = Convert(member.value);
     return json;
   }
   return std::visit(

@@ -2,6 +2,7 @@
 #ifndef CTL_VALUE_H_
 #define CTL_VALUE_H_
 
+#include <concepts>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -11,27 +12,34 @@
 
 namespace ctl {
 
-struct Member;
+/// A member of an object; V is Value.
+template <typename V>
+struct Member {
+  std::string name;
+  V value;
+};
 
 /// Null, a boolean, a number, a text (UTF-8 or not), an array, or an object with its members in
 /// order.
 class Value {
  public:
   using Array = std::vector<Value>;
-  using Object = std::vector<Member>;
+  using Object = std::vector<Member<Value>>;
   using Content =
       std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, std::string, Array, Object>;
 
   Value() = default;
   Value(std::nullptr_t) {}
-  Value(bool value) : content_(value) {}
-  Value(int value) : content_(std::int64_t{value}) {}
-  Value(std::int64_t value) : content_(value) {}
-  Value(std::uint64_t value) : content_(value) {}
+  template <std::same_as<bool> T>
+  Value(T value) : content_(bool{value}) {}
+  template <std::signed_integral T>
+  Value(T value) : content_(std::int64_t{value}) {}
+  template <std::unsigned_integral T>
+  requires(!std::same_as<T, bool>) Value(T value) : content_(std::uint64_t{value}) {}
   Value(std::string value) : content_(std::move(value)) {}
   Value(const char* value) : content_(std::string(value)) {}
-  Value(Array values);
-  Value(Object members);
+  Value(Array values) : content_(std::move(values)) {}
+  Value(Object members) : content_(std::move(members)) {}
   /// Null for nothing.
   template <typename T>
   Value(const std::optional<T>& value) : Value(value ? Value(*value) : Value()) {}
@@ -41,15 +49,6 @@ class Value {
  private:
   Content content_ = nullptr;
 };
-
-/// A member of an object.
-struct Member {
-  std::string name;
-  Value value;
-};
-
-inline Value::Value(Array values) : content_(std::move(values)) {}
-inline Value::Value(Object members) : content_(std::move(members)) {}
 
 /// The JSON text (RFC 8259) of `value`, indented, with a newline at its end. What is no UTF-8 in a
 /// text is replaced by U+FFFD.
