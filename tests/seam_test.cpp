@@ -1,14 +1,23 @@
 // What every side of the seam has to do alike. It runs against the side of this system, and against
 // the one of macOS over a recording system.
 
+#include <fcntl.h>
+#include <semaphore.h>
+#include <unistd.h>
+
 #include <atomic>
+#include <cstdlib>
 #include <mutex>
 #include <thread>
 
 #include "platform/bundle.h"
+#include "platform/file_attributes.h"
 #include "platform/folders.h"
 #include "platform/languages.h"
+#include "platform/md5.h"
 #include "platform/named_recursive_lock.h"
+#include "platform/semaphore_name.h"
+#include "platform/thread_id.h"
 #include "tests/test_support.h"
 
 namespace test {
@@ -52,6 +61,47 @@ TEST_F(Seam, KnowsTheProgramsPlaceAndPlainPaths) {
   EXPECT_EQ(platform::StandardizePath("/a//./b/../c/"), "/a/c");
   EXPECT_EQ(platform::StandardizePath("/"), "/");
   EXPECT_EQ(platform::HomeFolder().substr(0, 1), "/");
+}
+
+TEST_F(Seam, TellsALockedFileFromALinkToItAndUnlocksIt) {
+  const std::string file = top / "file", link = top / "link";
+  WriteFile(file, "");
+  fs::create_symlink(file, link);
+  // Not every user may, nor has every file system such a thing.
+  const bool locked = std::system(("chattr +i " + file + " 2>/dev/null").c_str()) == 0;
+  EXPECT_EQ(platform::IsLocked(file), locked);
+  EXPECT_FALSE(platform::IsLocked(link));
+  EXPECT_TRUE(platform::ClearLocked(link));
+  EXPECT_EQ(platform::IsLocked(file), locked) << "after its link was unlocked";
+  EXPECT_TRUE(platform::ClearLocked(file));
+  EXPECT_FALSE(platform::IsLocked(file));
+}
+
+// The digest is that of RFC 1321.
+TEST_F(Seam, DigestsBytes) {
+  const auto digest = platform::Md5Digest("abc");
+  EXPECT_EQ(std::string(digest.begin(), digest.end()),
+            "\x90\x01\x50\x98\x3C\xD2\x4F\xB0\xD6\x96\x3F\x7D\x28\xE1\x7F\x72");
+}
+
+TEST_F(Seam, NumbersThreadsAsTheSystemDoes) {
+  const auto task = [] { return "/proc/self/task/" + std::to_string(platform::CurrentThreadId()); };
+  std::string other;
+  std::thread([&] {
+    other = task();
+    EXPECT_TRUE(fs::exists(other)) << other;
+  }).join();
+  EXPECT_NE(task(), other);
+}
+
+TEST_F(Seam, NamesSemaphoresAndTellsHowToRemoveOne) {
+  const std::string name = platform::SemaphoreName("wakerly-seam-" + std::to_string(getpid()));
+  sem_t* const made = sem_open(name.c_str(), O_CREAT | O_EXCL, 0600, 1);
+  ASSERT_NE(made, SEM_FAILED);
+  sem_close(made);
+  const std::string command = platform::SemaphoreRemoval(name);
+  EXPECT_EQ(std::system((command + " >/dev/null").c_str()), 0) << command;
+  EXPECT_EQ(sem_unlink(name.c_str()), -1) << "left by " << command;
 }
 
 // A lock that is never given back ends with the child process.

@@ -7,7 +7,9 @@
 namespace platform {
 
 /// Starts a new instance of the application at `path` and does not wait for it: it runs on its own
-/// and outlives the caller. False when the path does not resolve or the system could not start it.
+/// and outlives the caller. An executable in a bundle's Contents/MacOS that the system refuses, as
+/// macOS may, is started by its bundle. False when the path does not resolve or the system could
+/// not start it.
 bool LaunchApplication(const std::string& path);
 
 }  // namespace platform

@@ -12,15 +12,18 @@
 namespace test {
 
 struct RecordingSystem {
-  std::vector<std::string> calls;  ///< a line each, with its arguments
-  std::string reference;           ///< the path that the last file reference is of
-  std::int32_t open_status = 0;    ///< what LSOpenApplication answers
+  std::vector<std::string> calls;                   ///< a line each, with its arguments
+  std::string reference;                            ///< the path that the last file reference is of
+  std::map<std::string, std::int32_t> open_status;  ///< what LSOpenApplication answers, if not 0
   std::optional<std::pair<unsigned, unsigned>> console_user;
   std::map<std::string, std::int32_t> gestalt;  ///< what it knows
 };
 
 /// The one that all calls of this process go to.
 RecordingSystem& System();
+
+/// How many objects of Foundation there are, of those made since it was asked first.
+std::size_t ObjectsAlive();
 
 /// Lets the process information answer operatingSystemVersion with 14.2.1.
 void AddOperatingSystemVersion();

@@ -5,6 +5,7 @@
 #include <objc/runtime.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <sstream>
 
 // The look-up of Linux, under a name of its own.
@@ -19,6 +20,17 @@ namespace test {
 RecordingSystem& System() {
   static RecordingSystem system;
   return system;
+}
+
+std::size_t ObjectsAlive() {
+  GSDebugAllocationActive(YES);
+  std::size_t count = 0;
+  Class* const classes = GSDebugAllocationClassList();
+  for (Class* each = classes; each != nullptr && *each != Nil; ++each) {
+    count += static_cast<std::size_t>(GSDebugAllocationCount(*each));
+  }
+  std::free(classes);
+  return count;
 }
 
 void AddOperatingSystemVersion() {
@@ -98,7 +110,9 @@ OSStatus LSOpenApplication(const LSApplicationParameters* asked, ProcessSerialNu
          " environment=", asked->environment, " argv=", asked->argv,
          " event=", static_cast<void*>(asked->initialEvent),
          " process=", static_cast<void*>(process));
-  return test::System().open_status;
+  // What a framework makes for itself goes into the caller's pool.
+  [NSMutableString stringWithUTF8String:"opened"];
+  return test::System().open_status[test::System().reference];
 }
 
 CFStringRef SCDynamicStoreCopyConsoleUser(SCDynamicStoreRef store, uid_t* uid, gid_t* gid) {

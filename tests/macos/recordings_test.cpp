@@ -2,9 +2,14 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+
 #include "platform/application.h"
+#include "platform/bundle.h"
 #include "platform/console_user.h"
 #include "platform/folders.h"
+#include "platform/languages.h"
+#include "platform/named_recursive_lock.h"
 #include "platform/system_version.h"
 #include "tests/macos/recording_system.h"
 #include "tests/test_support.h"
@@ -21,16 +26,57 @@ struct Recordings : TreeTest {
   RecordingSystem& system = System();
 };
 
-TEST_F(Recordings, LaunchServicesOpenANewInstanceAsynchronouslyUnlessItIsMissing) {
-  const std::string path = top / "Some.app", look = "FSPathMakeRef " + path + " ";
-  const std::string open = "LSOpenApplication " + path +
-                           " version=0 flags=90001 refcon=0 environment=0 argv=0 event=0 process=0";
-  EXPECT_FALSE(platform::LaunchApplication(path));
-  WriteFile(path, "");
-  EXPECT_TRUE(platform::LaunchApplication(path));
-  system.open_status = -10810;
-  EXPECT_FALSE(platform::LaunchApplication(path));
-  EXPECT_THAT(system.calls, ElementsAre(look, look, open, look, open));
+TEST_F(Recordings, LaunchServicesOpenANewInstanceAsynchronouslyAndTheBundleOfARefusedExecutable) {
+  const std::string bundle = top / "Some.app", program = bundle + "/Contents/MacOS/Some";
+  const std::string stray = top / "Contents/MacOS/Stray";
+  const auto calls = [](const std::string& path) {
+    return "FSPathMakeRef " + path + " \nLSOpenApplication " + path +
+           " version=0 flags=90001 refcon=0 environment=0 argv=0 event=0 process=0\n";
+  };
+  for (const std::string& path : {program, stray}) WriteFile(path, "");
+  const std::tuple<std::string, Lines, bool, std::string> rows[] = {
+      {program, {}, true, calls(program)},
+      {program, {program}, true, calls(program) + calls(bundle)},
+      {program, {program, bundle}, false, calls(program) + calls(bundle)},
+      {bundle, {bundle}, false, calls(bundle)},
+      {stray, {stray}, false, calls(stray)},
+      {top / "none", {}, false, "FSPathMakeRef " + (top / "none").string() + " \n"}};
+  for (const auto& [path, refused, started, asked] : rows) {
+    system = {};
+    for (const std::string& each : refused) system.open_status[each] = -10810;
+    EXPECT_EQ(platform::LaunchApplication(path), started) << path << ", refused: " << Text(refused);
+    EXPECT_EQ(Text(system.calls), asked) << path << ", refused: " << Text(refused);
+  }
+}
+
+// There is no pool around a run.
+TEST_F(Recordings, EveryCallGivesBackTheObjectsThatItMakes) {
+  WriteFile(top / "Some.plist", "<plist><dict><key>K</key><string>text</string></dict></plist>");
+  WriteFile(top / "Some.app/Contents/MacOS/Some", "");
+  const std::pair<const char*, std::function<void()>> rows[] = {
+      {"StandardizePath", [] { platform::StandardizePath("/a//./b/../c/"); }},
+      {"MainExecutablePath", [] { platform::MainExecutablePath(); }},
+      {"MainBundlePath", [] { platform::MainBundlePath(); }},
+      {"ReadPropertyListString",
+       [&] { platform::ReadPropertyListString(top / "Some.plist", "K"); }},
+      {"PreferredLanguages", [] { platform::PreferredLanguages(); }},
+      {"CurrentLocaleIdentifier", [] { platform::CurrentLocaleIdentifier(); }},
+      {"NamedRecursiveLock", [] { platform::NamedRecursiveLock("A lock with a name of its own"); }},
+      {"FindFolder",
+       [] { platform::FindFolder(FolderDomain::kLocal, kUtilitiesFolderType, true); }},
+      {"HomeFolder", [] { platform::HomeFolder(); }},
+      {"FindConsoleUser", [] { platform::FindConsoleUser(); }},
+      {"LaunchApplication", [&] { platform::LaunchApplication(top / "Some.app"); }}};
+  system.console_user = {501, 20};
+  ExpectInChild([&] {  // Foundation keeps some of what it finds
+    ObjectsAlive();
+    for (const auto& [name, call] : rows) {
+      call();  // what is kept from the first call on
+      const std::size_t before = ObjectsAlive();
+      call();
+      EXPECT_EQ(ObjectsAlive(), before) << "objects after " << name << ", and before it";
+    }
+  });
 }
 
 TEST_F(Recordings, FileManagerIsAskedForTheFolderAndAgainForALongerPathUnlessItsSizeIsGiven) {
