@@ -19,11 +19,18 @@ set(CMAKE_OSX_DEPLOYMENT_TARGET "" CACHE STRING "")
 
 set(sdk "${CMAKE_CURRENT_LIST_DIR}/sdk")
 set(frameworks "${sdk}/System/Library/Frameworks")
-set(CMAKE_CXX_FLAGS_INIT "-iframework ${frameworks}")
+# What the oldest system lacks does not compile: zig takes the C++ library for its own, of which it
+# has everything.
+string(CONCAT CMAKE_CXX_FLAGS_INIT "-iframework ${frameworks} -Werror=unguarded-availability "
+  "-U_LIBCPP_HAS_NO_VENDOR_AVAILABILITY_ANNOTATIONS")
 # zig names the language to clang once more.
-set(CMAKE_OBJCXX_FLAGS_INIT "-iframework ${frameworks} -Wno-unused-command-line-argument")
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-F${frameworks} -L${sdk}/usr/lib")
-set(CMAKE_MODULE_LINKER_FLAGS_INIT "-F${frameworks} -L${sdk}/usr/lib")
+set(CMAKE_OBJCXX_FLAGS_INIT "${CMAKE_CXX_FLAGS_INIT} -Wno-unused-command-line-argument")
+# The C++ library is the system's; for -lc++ zig would link its own into the program.
+set(linking "-F${frameworks} -L${sdk}/usr/lib -nostdlib++")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "${linking}")
+set(CMAKE_MODULE_LINKER_FLAGS_INIT "${linking}")
+set(CMAKE_CXX_STANDARD_LIBRARIES "${sdk}/usr/lib/libc++.tbd")
+set(CMAKE_OBJCXX_STANDARD_LIBRARIES "${CMAKE_CXX_STANDARD_LIBRARIES}")
 
 # Of this machine's headers, these two libraries' and no others: they are the same on every system.
 set(headers "${CMAKE_BINARY_DIR}/headers")

@@ -4,6 +4,7 @@
 #define CORE_SERVICES_H_
 
 #include <CoreFoundation/CoreFoundation.h>
+#include <os/availability.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -40,11 +41,15 @@ struct LSApplicationParameters {
 typedef struct LSApplicationParameters LSApplicationParameters;
 static_assert(sizeof(LSApplicationParameters) == 52, "as Launch Services reads it");
 
-OSErr FSFindFolder(FSVolumeRefNum volume, OSType folderType, Boolean createFolder, FSRef* found);
-OSStatus FSPathMakeRef(const UInt8* path, FSRef* reference, Boolean* isDirectory);
-OSStatus FSRefMakePath(const FSRef* reference, UInt8* path, UInt32 pathBufferSize);
-OSErr Gestalt(OSType selector, SInt32* response);
-OSStatus LSOpenApplication(const LSApplicationParameters* parameters, ProcessSerialNumber* process);
+OSErr FSFindFolder(FSVolumeRefNum volume, OSType folderType, Boolean createFolder, FSRef* found)
+    API_AVAILABLE(macos(10.0));
+OSStatus FSPathMakeRef(const UInt8* path, FSRef* reference, Boolean* isDirectory)
+    API_AVAILABLE(macos(10.0));
+OSStatus FSRefMakePath(const FSRef* reference, UInt8* path, UInt32 pathBufferSize)
+    API_AVAILABLE(macos(10.0));
+OSErr Gestalt(OSType selector, SInt32* response) API_AVAILABLE(macos(10.0));
+OSStatus LSOpenApplication(const LSApplicationParameters* parameters, ProcessSerialNumber* process)
+    API_AVAILABLE(macos(10.4));
 
 #ifdef __cplusplus
 }

@@ -4,6 +4,7 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <objc/NSObject.h>
+#include <os/availability.h>
 
 @interface NSString : NSObject
 @property(readonly) const char* UTF8String;
@@ -36,7 +37,7 @@ enum : unsigned long { NSPropertyListImmutable = 0 };
 + (id)propertyListWithData:(NSData*)data
                    options:(unsigned long)options
                     format:(unsigned long*)format
-                     error:(NSError**)error;
+                     error:(NSError**)error API_AVAILABLE(macos(10.6));
 @end
 
 @interface NSBundle : NSObject
@@ -47,7 +48,7 @@ enum : unsigned long { NSPropertyListImmutable = 0 };
 
 @interface NSLocale : NSObject
 @property(class, readonly) NSLocale* currentLocale;
-@property(class, readonly) NSArray* preferredLanguages;
+@property(class, readonly) NSArray* preferredLanguages API_AVAILABLE(macos(10.5));
 @property(readonly) NSString* localeIdentifier;
 @end
 
@@ -60,11 +61,11 @@ typedef struct NSOperatingSystemVersion NSOperatingSystemVersion;
 
 @interface NSProcessInfo : NSObject
 @property(class, readonly) NSProcessInfo* processInfo;
-@property(readonly) NSOperatingSystemVersion operatingSystemVersion;
+@property(readonly) NSOperatingSystemVersion operatingSystemVersion API_AVAILABLE(macos(10.10));
 @end
 
 @interface NSRecursiveLock : NSObject
-@property(copy) NSString* name;
+@property(copy) NSString* name API_AVAILABLE(macos(10.5));
 - (void)lock;
 - (void)unlock;
 @end

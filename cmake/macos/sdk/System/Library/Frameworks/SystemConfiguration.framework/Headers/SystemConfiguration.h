@@ -3,6 +3,7 @@
 #define SYSTEM_CONFIGURATION_H_
 
 #include <CoreFoundation/CoreFoundation.h>
+#include <os/availability.h>
 #include <sys/types.h>
 
 #ifdef __cplusplus
@@ -11,7 +12,8 @@ extern "C" {
 
 typedef const struct __SCDynamicStore* SCDynamicStoreRef;
 
-CFStringRef SCDynamicStoreCopyConsoleUser(SCDynamicStoreRef store, uid_t* uid, gid_t* gid);
+CFStringRef SCDynamicStoreCopyConsoleUser(SCDynamicStoreRef store, uid_t* uid, gid_t* gid)
+    API_AVAILABLE(macos(10.1));
 
 #ifdef __cplusplus
 }
