@@ -16,7 +16,7 @@ import sys
 
 import yaml
 
-PROGRAMS = ["wakerly"]
+PROGRAMS = ["wakerly", "wakerlyctl"]
 SDK = pathlib.Path("cmake/macos/sdk")
 ROWS = pathlib.Path("cmake/macos/imports.tsv")
 LINKERS_OWN = {"___dso_handle"}

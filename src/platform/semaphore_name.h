@@ -16,6 +16,8 @@ std::string SemaphoreName(std::string name);
 struct SemaphoreOrigin {
   std::uint32_t uid = 0;     ///< of its owner
   std::int64_t seconds = 0;  ///< since the epoch
+
+  bool operator==(const SemaphoreOrigin&) const = default;
 };
 
 /// The origin of the semaphore of that name, as SemaphoreName gave it. Nothing where there is none,
