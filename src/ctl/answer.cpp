@@ -21,8 +21,10 @@ bool WriteOutput(std::string_view text) {
 
 int Print(const Answer& answer, bool as_json) {
   const std::string text = as_json ? ToJson(answer.json) : answer.page.Render(StandardDisplay());
-  if (WriteOutput(text) || errno == EPIPE) return answer.status;
-  return Refuse(std::string("the output cannot be written: ") + std::strerror(errno));
+  if (!WriteOutput(text) && errno != EPIPE) {
+    return Refuse(std::string("the output cannot be written: ") + std::strerror(errno));
+  }
+  return answer.refusal.empty() ? answer.status : Refuse(answer.refusal);
 }
 
 int Refuse(std::string_view text) {

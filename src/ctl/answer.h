@@ -2,6 +2,7 @@
 #ifndef CTL_ANSWER_H_
 #define CTL_ANSWER_H_
 
+#include <string>
 #include <string_view>
 
 #include "ctl/page.h"
@@ -21,11 +22,12 @@ struct Answer {
   Page page;
   Value json;
   int status = kDone;
+  std::string refusal = {};  ///< why the status is kRefused, in a line; empty otherwise
 };
 
 /// Prints `answer` to standard output, as JSON or as text, and gives the program's exit status: the
-/// answer's, or kRefused, with a line on standard error, where the output does not take it. A
-/// reader that has gone is no failure.
+/// answer's, or kRefused, with a line on standard error, where the answer refuses or the output
+/// does not take it. A reader that has gone is no failure.
 int Print(const Answer& answer, bool as_json);
 
 /// Writes `text` to standard output. False, with errno telling why, when that does not take it.

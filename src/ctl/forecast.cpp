@@ -1,10 +1,8 @@
 #include "ctl/forecast.h"
 
-#include <pwd.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
-#include <array>
 #include <boost/date_time/gregorian/formatters.hpp>
 #include <cerrno>
 #include <cstdint>
@@ -13,14 +11,12 @@
 #include "ctl/prefs_view.h"
 #include "ctl/program_forecast.h"
 #include "ctl/settings.h"
+#include "ctl/user_name.h"
+#include "ctl/user_settings.h"
 #include "driver/check_schedule.h"
 #include "driver/log_settings.h"
-#include "esd/log/updater_log.h"
-#include "esd/prefs/launch_agent.h"
-#include "esd/prefs/uninstall_stamp.h"
 #include "esd/prefs/updater_folders.h"
 #include "esd/prefs/updater_prefs.h"
-#include "esd/util/delete_path.h"
 #include "esd/util/path.h"
 #include "platform/file_type.h"
 #include "platform/folder_making.h"
@@ -32,56 +28,6 @@ namespace {
 
 using boost::gregorian::date;
 using wakerly::CheckReason;
-
-std::string UserName() {
-  std::array<char, 16384> texts{};
-  passwd entry{};
-  passwd* found = nullptr;
-  getpwuid_r(geteuid(), &entry, texts.data(), texts.size(), &found);
-  return found != nullptr ? found->pw_name : std::to_string(geteuid());
-}
-
-// The user's preferences as the run finds them once it has put right what it puts right.
-struct UserPrefs {
-  explicit UserPrefs(const PrefsView& file) : view(file), settings(file, Source::kUser) {}
-
-  const PrefsView& view;
-  Settings settings;
-  bool is_locked = false;
-  bool is_wiped = false;
-};
-
-void ReconcileUninstallStamp(UserPrefs& prefs) {
-  const std::optional<std::string> path = esd::GetUninstallStampPath();
-  const std::optional<std::string> stamp = path ? esd::ReadUninstallStamp(*path) : std::nullopt;
-  if (!stamp) return;
-  const Setting<std::string> known = prefs.settings.Read<std::string>("uninstallts", "");
-  if (!esd::IsOutdatedBy(stamp, *known.value)) return;
-  const std::string& file = *prefs.view.path();
-  prefs.is_wiped = platform::IsFound(platform::TypeOfLink(file)) && esd::CouldDeleteFile(file);
-  if (prefs.is_wiped) prefs.settings.ForgetFile(Source::kUninstallStamp);
-  prefs.settings.Replace("uninstallts", *stamp, Source::kUninstallStamp);
-}
-
-void ReconcileScheduledTask(UserPrefs& prefs) {
-  std::uint32_t error_code = 0;
-  if (esd::IsScheduledTaskPresent(error_code, L"")) return;
-  const Setting<bool> needed = prefs.settings.Read("IsScheduledTaskNeeded", true);
-  const Setting<bool> added = prefs.settings.Read("IsScheduledTaskAdded", false);
-  if (!needed.value || !added.value) return;
-  if (!esd::IsTaskRecordObsolete(*needed.value, *added.value)) return;
-  prefs.settings.Replace("IsScheduledTaskAdded", "0", Source::kLaunchAgent);
-  prefs.settings.Replace("UpdaterPrefSchedCheckFreq", std::to_string(esd::kCheckNever),
-                         Source::kLaunchAgent);
-}
-
-void FindUserPrefs(UserPrefs& prefs) {
-  if (!prefs.view.path()) return;
-  prefs.is_locked = IsPrefsLockHeld(*prefs.view.path());
-  if (prefs.is_locked) return;
-  ReconcileUninstallStamp(prefs);
-  ReconcileScheduledTask(prefs);
-}
 
 // Whether the run's look-ups make the folder: it is one of those, or above one.
 bool IsMadeByRun(const std::string& folder) {
@@ -129,31 +75,29 @@ void ForecastLogFile(Forecast::Log& log, const std::string& settings) {
   }
 }
 
-Forecast::Log ForecastLog(UserPrefs& prefs) {
+Forecast::Log ForecastLog(UserSettings& user) {
   Forecast::Log log;
-  if (!prefs.view.path()) {
+  if (!user.view.path()) {
     log.finding = {Id::kLogNoFolder,
                    "Neither the home folder nor the temporary folder has a place for the "
                    "preferences, so there is no log."};
     return log;
   }
-  const Setting<std::string> path = prefs.settings.Read<std::string>(
-      "StartupLogFile", esd::GetUpdaterPrefsFile(esd::kStartupLogName).value_or(""));
+  const Setting<std::string> path = ReadLogSetting(user);
   const int default_level = wakerly::ChooseLog("", wakerly::kLogLevelNotSet).level;
-  const Setting<int> level = prefs.settings.Read("LogLevel", default_level);
-  if (prefs.is_locked) {
+  const Setting<int> level = user.settings.Read("LogLevel", default_level);
+  if (user.is_locked) {
     log.finding = {Id::kLogPreferencesLocked,
                    "The preferences are locked, so the run knows neither path nor level."};
     return log;
   }
-  const wakerly::LogChoice choice = wakerly::ChooseLog(*path.value, level.value.value_or(0));
-  log.path = esd::UpdaterLogFile(choice.path);
+  log.path = FindLogFile(user);
   if (!level.value) {
     log.finding = {Id::kLogLevelUnreadable, Describe(level) + " is no number, so there is no log."};
     return log;
   }
-  log.level = choice.level;
-  if (choice.level < 1) {
+  log.level = wakerly::ChooseLog(*path.value, *level.value).level;
+  if (*log.level < 1) {
     log.finding = {Id::kLogOff, Describe(level) + " wants no log."};
   } else {
     ForecastLogFile(log, Describe(path) + ", " + Describe(level));
@@ -218,16 +162,16 @@ const char* PeriodName(int frequency) {
   return frequency == 1 ? "weekly" : "monthly";
 }
 
-Forecast::Check ForecastCheck(UserPrefs& prefs, const date& today) {
-  if (!prefs.view.path()) {
+Forecast::Check ForecastCheck(UserSettings& user, const date& today) {
+  if (!user.view.path()) {
     return {false, std::nullopt, {Id::kCheckNoFolder, "There is no folder for the preferences."}};
   }
-  const Setting<std::string> last = prefs.settings.Read<std::string>("LastDateCheck", "");
-  const Setting<int> frequency = prefs.settings.Read("UpdaterPrefSchedCheckFreq", 0);
-  if (prefs.is_locked) {
+  const Setting<std::string> last = user.settings.Read<std::string>("LastDateCheck", "");
+  const Setting<int> frequency = user.settings.Read("UpdaterPrefSchedCheckFreq", 0);
+  if (user.is_locked) {
     return {false,
             std::nullopt,
-            {Id::kCheckPreferencesLocked, *prefs.view.path() + " is locked, so nothing is due."}};
+            {Id::kCheckPreferencesLocked, *user.view.path() + " is locked, so nothing is due."}};
   }
   const wakerly::CheckSchedule schedule =
       wakerly::ScheduleCheck(last.value, frequency.value, today);
@@ -261,14 +205,13 @@ void Append(Value::Array& all, const Value::Array& more) {
 Forecast ForecastRun(bool is_scheduled, const date& today) {
   const PrefsView user_file(esd::GetUpdaterPrefsFile(esd::kPrefsFileName));
   const PrefsView admin_file(esd::GetAdminPrefsFile());
-  UserPrefs user(user_file);
+  UserSettings user(user_file);
   Settings admin(admin_file, Source::kAdministrator);
-  FindUserPrefs(user);
 
   Forecast forecast;
   forecast.is_scheduled = is_scheduled;
   forecast.today = today;
-  forecast.user = UserName();
+  forecast.user = UserName(geteuid());
   forecast.preferences = user_file.path();
   forecast.preferences_state = user_file.state();
   forecast.administrator_preferences = admin_file.path();

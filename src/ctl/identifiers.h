@@ -65,7 +65,19 @@
   ID(kLibraryUnreadable, "library.unreadable", "The client library may not be read.")             \
   ID(kLibraryNoLibrary, "library.no-library", "The client library's file is in no format of a library.") \
   ID(kLibraryOtherProcessor, "library.other-processor",                                           \
-     "The client library is for another processor.")
+     "The client library is for another processor.")                                              \
+  ID(kLockNoFolder, "lock.no-folder", "There is no folder for the preference file.")              \
+  ID(kLockFree, "lock.free", "Nobody holds the lock of the preference file.")                     \
+  ID(kLockHeld, "lock.held",                                                                      \
+     "The preference file is locked by another process, or by a lock left behind.")               \
+  ID(kLockInUse, "lock.in-use", "The lock is not removed: a run lives that could hold it.")       \
+  ID(kLockTooYoung, "lock.too-young", "The lock is not removed: it is not two seconds old.")      \
+  ID(kLockNotConfirmed, "lock.not-confirmed", "The lock is not removed: nobody said yes.")        \
+  ID(kLockReplaced, "lock.replaced",                                                              \
+     "The lock is not removed: another one stands in its place meanwhile.")                       \
+  ID(kLockNotRemovable, "lock.not-removable", "The system refuses to remove the lock.")           \
+  ID(kLockGone, "lock.gone", "The lock was given back before it could be removed.")               \
+  ID(kLockRemoved, "lock.removed", "The lock was removed.")
 // clang-format on
 
 namespace ctl {

@@ -10,6 +10,7 @@
 #include "ctl/answer.h"
 #include "ctl/explain.h"
 #include "ctl/ids.h"
+#include "ctl/lock.h"
 #include "driver/home_owner.h"
 #include "driver/standard_streams.h"
 #include "esd/util/program_version.h"
@@ -22,6 +23,7 @@ using ctl::Answer;
 struct CommandLine {
   bool as_json = false;
   ctl::ExplainOptions explain;
+  ctl::LockOptions lock;
 };
 
 CLI::App* AddCommand(CLI::App& app, CommandLine& line, const char* name, const char* description) {
@@ -36,6 +38,10 @@ void AddCommands(CLI::App& app, CommandLine& line) {
   explain->add_flag("--scheduled", line.explain.is_scheduled, "A run that the schedule starts");
   explain->add_option("--at", line.explain.at, "The date of the run; nothing else is moved")
       ->type_name("YYYY-MM-DD");
+  CLI::App* const lock = AddCommand(app, line, "lock", "Who holds the locks, and since when");
+  CLI::Option* const clear = lock->add_flag("--clear", line.lock.clear,
+                                            "Remove a preference file's lock that was left behind");
+  lock->add_flag("--yes", line.lock.yes, "Do not ask before that")->needs(clear);
   AddCommand(app, line, "ids", "All identifiers, with their meaning");
 }
 
@@ -44,6 +50,11 @@ int RunCommand(const std::string& name, const CommandLine& line) {
     const std::optional<Answer> answer = ctl::Explain(line.explain);
     if (answer) return ctl::Print(*answer, line.as_json);
     return ctl::Refuse("--at: not a date of the form YYYY-MM-DD: " + *line.explain.at);
+  }
+  if (name == "lock") {
+    ctl::LockOptions options = line.lock;
+    options.as_json = line.as_json;
+    return ctl::Print(options.clear ? ctl::ClearLocks(options) : ctl::ShowLocks(), line.as_json);
   }
   return ctl::Print(ctl::ListIdentifiers(), line.as_json);
 }

@@ -1,0 +1,49 @@
+#include "ctl/lock_look.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "ctl/iso_time.h"
+#include "ctl/prefs_view.h"
+#include "ctl/user_name.h"
+#include "esd/prefs/resource_locker.h"
+
+namespace ctl {
+
+using platform::Process;
+
+const char* NameOf(LockedFile file) {
+  return file == LockedFile::kUser ? "preferences" : "administrator-preferences";
+}
+
+LockLook LookAtLock(LockedFile file, const std::optional<std::string>& path) {
+  LockLook lock{file, path, "", false, std::nullopt};
+  if (!path) return lock;
+  lock.semaphore = esd::ResourceLocker::SemaphoreOf(*path);
+  lock.is_held = IsPrefsLockHeld(*path);
+  if (lock.is_held) lock.origin = platform::FindSemaphoreOrigin(lock.semaphore);
+  return lock;
+}
+
+std::string DescribeOrigin(const LockLook& lock) {
+  if (!lock.origin) return "";
+  return "since " + ToIsoTime(lock.origin->seconds) + ", made by " + UserName(lock.origin->uid);
+}
+
+std::vector<Process> FindRuns() { return platform::FindProcesses("wakerly"); }
+
+std::vector<Process> RunsThatLock(LockedFile file, const std::vector<Process>& runs) {
+  std::vector<Process> found;
+  std::copy_if(runs.begin(), runs.end(), std::back_inserter(found), [&](const Process& run) {
+    return file == LockedFile::kAdministrator || run.uid == 0 || run.uid == geteuid();
+  });
+  return found;
+}
+
+std::string Describe(const Process& run) {
+  return "process " + std::to_string(run.id) + " of " + UserName(run.uid);
+}
+
+}  // namespace ctl
