@@ -19,16 +19,19 @@ bool WriteOutput(std::string_view text) {
   return true;
 }
 
+int PrintText(std::string_view text) {
+  if (WriteOutput(text) || errno == EPIPE) return kDone;
+  return Refuse(std::string("the output cannot be written: ") + std::strerror(errno));
+}
+
 int Print(const Answer& answer, bool as_json) {
   const std::string text = as_json ? ToJson(answer.json) : answer.page.Render(StandardDisplay());
-  if (!WriteOutput(text) && errno != EPIPE) {
-    return Refuse(std::string("the output cannot be written: ") + std::strerror(errno));
-  }
+  if (PrintText(text) != kDone) return kRefused;
   return answer.refusal.empty() ? answer.status : Refuse(answer.refusal);
 }
 
 int Refuse(std::string_view text) {
-  platform::WriteToStandardError("wakerlyctl: " + std::string(text) + "\n");
+  platform::WriteToStandardError("wakerlyctl: " + Printable(std::string(text)) + "\n");
   return kRefused;
 }
 

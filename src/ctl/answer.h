@@ -30,10 +30,14 @@ struct Answer {
 /// does not take it. A reader that has gone is no failure.
 int Print(const Answer& answer, bool as_json);
 
+/// Prints `text` to standard output, and gives kDone, or kRefused, with a line on standard error,
+/// where the output does not take it. A reader that has gone is no failure.
+int PrintText(std::string_view text);
+
 /// Writes `text` to standard output. False, with errno telling why, when that does not take it.
 bool WriteOutput(std::string_view text);
 
-/// Prints "wakerlyctl: " and `text` to standard error, and gives kRefused.
+/// Prints "wakerlyctl: " and `text`, in one line, to standard error, and gives kRefused.
 int Refuse(std::string_view text);
 
 }  // namespace ctl

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "ctl/forecast.h"
+#include "ctl/settings.h"
 #include "esd/util/program_version.h"
 
 namespace ctl {
@@ -29,6 +30,10 @@ std::optional<std::string> ToText(const std::optional<date>& day) {
   return day ? std::optional(to_iso_extended_string(*day)) : std::nullopt;
 }
 
+Value ShownPath(const Forecast::Log& log) {
+  return log.path ? Value(ShownLogPath(*log.path)) : Value();
+}
+
 Value::Object WithFinding(Value::Object members, const Finding& finding) {
   members.push_back({"id", NameOf(finding.id)});
   members.push_back({"why", finding.why});
@@ -48,7 +53,7 @@ Value ToValue(const Forecast& run) {
       {"preferences_state", NameOf(run.preferences_state)},
       {"administrator_preferences", run.administrator_preferences},
       {"wipes_preferences", run.wipes_preferences},
-      {"log", WithFinding({{"path", log.path}, {"level", log.level}, {"writes", log.writes}},
+      {"log", WithFinding({{"path", ShownPath(log)}, {"level", log.level}, {"writes", log.writes}},
                           log.finding)},
       {"updater", WithFinding({{"enabled", updater.enabled}}, updater.finding)},
       {"check",
@@ -68,7 +73,7 @@ void AddStatement(Page& page, const char* label, Tone tone, const std::string& s
 }
 
 void AddLog(Page& page, const Forecast::Log& log) {
-  std::string says = log.writes ? "goes to " + *log.path : "none";
+  std::string says = log.writes ? "goes to " + ShownLogPath(*log.path) : "none";
   if (log.writes) says += ", at level " + std::to_string(*log.level);
   const bool is_wanted = log.writes || log.finding.id == Id::kLogOff;
   AddStatement(page, "log", is_wanted ? Tone::kGood : Tone::kBad, says, log.finding);

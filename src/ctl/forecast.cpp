@@ -61,13 +61,14 @@ void ForecastLogFile(Forecast::Log& log, const std::string& settings) {
     log.finding = {Id::kLogNoFolder, "There is no folder for the log: " + settings + "."};
     return;
   }
+  const std::string shown = ShownLogPath(*log.path);
   if (const std::optional<std::string> obstacle = FindObstacle(*log.path)) {
     log.finding = {Id::kLogUnwritable,
-                   *log.path + " cannot be written: " + *obstacle + "; " + settings + "."};
+                   shown + " cannot be written: " + *obstacle + "; " + settings + "."};
   } else if (IsDiskFull(*log.path)) {
-    log.finding = {Id::kLogDiskFull, "The disk of " + *log.path + " is full; " + settings + "."};
+    log.finding = {Id::kLogDiskFull, "The disk of " + shown + " is full; " + settings + "."};
   } else if (!welko::LogFileLock::LookAt(*log.path) && errno == EACCES) {
-    log.finding = {Id::kLogLockDenied, "The semaphore set that guards " + *log.path +
+    log.finding = {Id::kLogLockDenied, "The semaphore set that guards " + shown +
                                            " belongs to another user; " + settings + "."};
   } else {
     log.writes = true;

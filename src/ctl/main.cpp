@@ -5,6 +5,7 @@
 #include <csignal>
 #include <exception>
 #include <optional>
+#include <sstream>
 #include <string>
 
 #include "ctl/answer.h"
@@ -15,6 +16,7 @@
 #include "driver/standard_streams.h"
 #include "esd/util/program_version.h"
 #include "platform/folder_making.h"
+#include "platform/standard_error.h"
 
 namespace {
 
@@ -59,6 +61,15 @@ int RunCommand(const std::string& name, const CommandLine& line) {
   return ctl::Print(ctl::ListIdentifiers(), line.as_json);
 }
 
+// What the parser prints: a help or version text that was asked for, or what is wrong.
+int PrintUsage(const CLI::App& app, const CLI::ParseError& error) {
+  std::ostringstream text;
+  std::ostringstream refusal;
+  if (app.exit(error, text, refusal) == 0) return ctl::PrintText(text.str());
+  platform::WriteToStandardError(refusal.str());
+  return ctl::kRefused;
+}
+
 int Run(int argc, char** argv) {
   // As a run does: root with another user's home folder looks as that user.
   wakerly::BecomeHomeOwner();
@@ -75,7 +86,7 @@ int Run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? ctl::kDone : ctl::kRefused;
+    return PrintUsage(app, error);
   }
   return RunCommand(app.get_subcommands().front()->get_name(), line);
 }

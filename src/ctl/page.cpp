@@ -20,12 +20,6 @@ std::string_view Environment(const char* name) {
   return value != nullptr ? value : "";
 }
 
-std::string Printable(std::string text) {
-  const auto is_control = [](unsigned char byte) { return byte < ' ' || byte == 0x7F; };
-  std::replace_if(text.begin(), text.end(), is_control, '?');
-  return text;
-}
-
 // Columns, where each character takes one: a byte that continues a character of UTF-8 takes none.
 std::size_t Columns(std::string_view text) {
   return static_cast<std::size_t>(std::count_if(
@@ -82,6 +76,12 @@ void AppendText(std::string& page, const std::string& text, std::size_t indent,
 }
 
 }  // namespace
+
+std::string Printable(std::string text) {
+  const auto is_control = [](unsigned char byte) { return byte < ' ' || byte == 0x7F; };
+  std::replace_if(text.begin(), text.end(), is_control, '?');
+  return text;
+}
 
 Display StandardDisplay() {
   Display display;

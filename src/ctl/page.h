@@ -23,6 +23,9 @@ struct Display {
 /// turn the colour off.
 Display StandardDisplay();
 
+/// `text` with "?" for each control character, line ends too.
+std::string Printable(std::string text);
+
 /// Rows are collected and rendered at the end, when the widest label is known.
 class Page {
  public:
@@ -35,8 +38,8 @@ class Page {
   /// A line that is printed as it is: never wrapped, so that it can be copied.
   void AddVerbatim(std::string text);
 
-  /// The whole text, each line ended by a newline. What is a control character in a text, its own
-  /// line ends too, is printed as "?" so that no text can act on a terminal or pass for two lines.
+  /// The whole text, each line ended by a newline. Texts are printed as Printable has them, so that
+  /// none can act on a terminal or pass for two lines.
   std::string Render(const Display& display) const;
 
  private:

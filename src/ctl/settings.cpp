@@ -53,6 +53,10 @@ std::string Describe(const Setting<T>& setting) {
   return setting.key + " = " + shown + " (" + NameOf(setting.source) + ")";
 }
 
+std::string ShownLogPath(const std::string& path) {
+  return welko::RedactedValue("StartupLogFile", path);
+}
+
 Source Settings::SourceOf(const std::string& key, bool is_in_file) const {
   if (const auto found = replacements_.find(key); found != replacements_.end()) {
     return found->second.source;

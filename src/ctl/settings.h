@@ -37,6 +37,9 @@ struct Setting {
 template <typename T>
 std::string Describe(const Setting<T>& setting);
 
+/// The path of a log as it may be shown: masked as the value of StartupLogFile.
+std::string ShownLogPath(const std::string& path);
+
 /// The settings of one preference file, and a list of those that were asked for.
 class Settings {
  public:
