@@ -1,12 +1,15 @@
 """A machine's folder tree with a home folder, and the two programs run on it."""
 
+import datetime
 import json
 import os
 import pathlib
 import shutil
 import stat
+import struct
 import subprocess
 import tempfile
+import time
 import unittest
 
 import jsonschema
@@ -16,6 +19,8 @@ SOURCE = pathlib.Path(os.environ["WAKERLY_SOURCE"])
 WAKERLY = BUILD / "wakerly"
 WAKERLYCTL = BUILD / "wakerlyctl"
 SECONDS = 60  # that a program gets
+PIPES = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
+ORDINARY = 65534  # the user and group called nobody
 
 
 def prefs_text(entries):
@@ -53,6 +58,7 @@ class Tree:
             "PATH": os.environ["PATH"], "HOME": str(self.home), "WAKERLY_ROOT": str(self.root),
             "TMPDIR": str(self.top / "tmp"), "TZ": "UTC", "KDUPDATER_CALLBACK": "request",
             "NOTIFIER_TRACE": str(self.top / "notified"), "KDUPDATER_TRACE": str(self.top / "asked")}
+        self.programs, self.options = {}, {}
 
     def write(self, path, content=""):
         """Makes the file with its folders; a dictionary is written as preferences."""
@@ -69,13 +75,52 @@ class Tree:
             if path in samples:
                 shutil.copy(BUILD / "samples" / samples[path], path)
 
+    def set_today(self, day):
+        """From here on it is noon of that day for the programs: in a time zone that far off."""
+        noon = datetime.datetime.combine(day, datetime.time(12), datetime.timezone.utc)
+        offset = round(noon.timestamp() - time.time())
+        counts = struct.pack(">6i", 0, 0, 0, 0, 1, 4)  # tzfile(5): one type, four letters
+        self.write(self.top / "zone",
+                   b"TZif" + bytes(16) + counts + struct.pack(">i2B", offset, 0, 0) + b"NOW\0")
+        self.environment["TZ"] = str(self.top / "zone")
+
+    def give_away(self):
+        """Makes it an ordinary user's tree; only root can."""
+        self.top.chmod(0o755)
+        for path in [self.top, *self.top.rglob("*")]:
+            os.chown(path, ORDINARY, ORDINARY, follow_symlinks=False)
+
+    def become_ordinary(self):
+        """From here on the programs run as an ordinary user, whose tree it is: the test's own user,
+        or nobody where that is root."""
+        if os.geteuid() != 0:
+            return
+        self.programs = {program: shutil.copy(program, self.top) for program in (WAKERLY, WAKERLYCTL)}
+        self.options = {"user": ORDINARY, "group": ORDINARY, "extra_groups": []}
+        self.give_away()
+
     def start(self, program, *arguments, **options):
-        return subprocess.run([program, *arguments], env=self.environment, timeout=SECONDS,
-                              capture_output=True, text=True, check=False, **options)
+        return subprocess.run([self.programs.get(program, program), *arguments],
+                              env=self.environment, cwd=self.top, timeout=SECONDS, text=True,
+                              check=False, **PIPES | self.options | options)
 
     def run(self, *arguments):
-        """Runs wakerly to its end."""
-        return self.start(WAKERLY, *arguments)
+        """Runs wakerly to its end, and what it started."""
+        outcome = self.start(WAKERLY, *arguments)
+        deadline = time.monotonic() + SECONDS
+        while self.processes():
+            assert time.monotonic() < deadline, f"still run: {self.processes()}"
+            time.sleep(0.01)
+        return outcome
+
+    def processes(self):
+        """The numbers of those that were started in the tree's folder."""
+        def is_of_the_tree(process):
+            try:
+                return os.readlink(process / "cwd") == str(self.top)
+            except OSError:  # another user's, or over
+                return False
+        return [path.name for path in pathlib.Path("/proc").glob("[0-9]*") if is_of_the_tree(path)]
 
     def ctl(self, *arguments, **options):
         return self.start(WAKERLYCTL, *arguments, **options)
@@ -92,7 +137,8 @@ class Tree:
         """All that could change below the tree, by path."""
         def look(path):
             status = path.lstat()
-            content = path.read_bytes() if stat.S_ISREG(status.st_mode) else None
+            is_readable = stat.S_ISREG(status.st_mode) and os.access(path, os.R_OK)
+            content = path.read_bytes() if is_readable else None
             return (status.st_mode, status.st_uid, status.st_gid, status.st_size,
                     status.st_mtime_ns, status.st_ctime_ns, status.st_ino, content)
         return {str(path): look(path) for path in [self.top, *self.top.rglob("*")]}

@@ -1,0 +1,136 @@
+"""The command line, the output and its form, which all commands share."""
+
+import contextlib
+import fcntl
+import os
+import pty
+import re
+import struct
+import subprocess
+import termios
+import unittest
+
+from tree import WAKERLYCTL, TreeTest
+
+COMMANDS = ("explain", "ids", "lock")
+COLUMNS = 60
+COLOUR = re.compile("\x1b\\[[0-9;]*m")
+
+
+class CommandLineTest(TreeTest):
+    def test_wrong_usage_is_refused_with_status_2_and_nothing_on_standard_output(self):
+        tree = self.tree()
+        for arguments in ([], ["bogus"], ["explain", "--bogus"], ["explain", "more"],
+                          ["explain", "--at"], ["ids", "explain"]):
+            with self.subTest(arguments):
+                said = tree.ctl(*arguments)
+                self.assertEqual((said.returncode, said.stdout), (2, ""))
+                self.assertNotEqual(said.stderr, "")
+
+    def test_refuses_what_is_no_date_in_one_line(self):
+        tree = self.tree()
+        for date in ("2026-02-30", "2026-13-01", "2026-1-1", "20260101", "2026-01-01T10:00:00",
+                     "2026-Jan-01", " 2026-01-01", "1399-12-31", "-1", "tomorrow", "to\nmorrow", ""):
+            with self.subTest(date):
+                said = tree.ctl("explain", "--at", date)
+                shown = date.replace("\n", "?")
+                self.assertEqual(said.stderr, "wakerlyctl: --at: not a date of the form YYYY-MM-DD: "
+                                              f"{shown}\n")
+                self.assertEqual((said.returncode, said.stdout), (2, ""))
+
+    def test_helps_with_the_program_and_each_command(self):
+        tree = self.tree()
+        for command in ([], *([name] for name in COMMANDS)):
+            with self.subTest(command):
+                said = tree.ctl(*command, "--help")
+                self.assertEqual((said.returncode, said.stderr), (0, ""))
+                self.assertIn(" ".join(["Usage: wakerlyctl", *command]), said.stdout)
+
+    def test_ends_quietly_when_the_reader_has_gone(self):
+        tree = self.tree()
+        for command in COMMANDS:
+            for is_ended_by_the_signal in (True, False):
+                with self.subTest(command, is_ended_by_the_signal=is_ended_by_the_signal):
+                    reader, writer = os.pipe()
+                    os.close(reader)
+                    said = tree.ctl(command, stdout=writer, restore_signals=is_ended_by_the_signal)
+                    os.close(writer)
+                    self.assertEqual((said.returncode, said.stderr), (0, ""))
+
+    def test_says_that_its_output_found_no_room(self):
+        tree = self.tree()
+        for arguments in (["ids"], ["explain"], ["explain", "--json"], ["--help"], ["--version"]):
+            with self.subTest(arguments), open("/dev/full", "w", encoding="utf-8") as full:
+                said = tree.ctl(*arguments, stdout=full)
+                self.assertEqual(said.returncode, 2)
+                self.assertEqual(said.stderr, "wakerlyctl: the output cannot be written: "
+                                              "No space left on device\n")
+
+
+def read_terminal(tree, *arguments, **environment):
+    """What the command prints on a terminal of COLUMNS columns."""
+    ours, terminal = pty.openpty()
+    fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("4H", 24, COLUMNS, 0, 0))
+    process = subprocess.Popen([WAKERLYCTL, *arguments], stdout=terminal,
+                               env=tree.environment | {"TERM": "xterm"} | environment)
+    os.close(terminal)
+    printed = b""
+    with contextlib.suppress(OSError):  # the end, on Linux
+        while part := os.read(ours, 4096):
+            printed += part
+    os.close(ours)
+    assert process.wait() == 0, printed
+    return printed.decode().replace("\r\n", "\n")
+
+
+class OutputTest(TreeTest):
+    def setUp(self):
+        self.staged = self.tree()
+        self.staged.install(self.staged.notifier)
+
+    def test_has_colour_on_a_terminal_alone(self):
+        for name, printed, expected in (
+                ("terminal", read_terminal(self.staged, "explain"), True),
+                ("NO_COLOR", read_terminal(self.staged, "explain", NO_COLOR="1"), False),
+                ("NO_COLOR empty", read_terminal(self.staged, "explain", NO_COLOR=""), True),
+                ("TERM=dumb", read_terminal(self.staged, "explain", TERM="dumb"), False),
+                ("JSON on a terminal", read_terminal(self.staged, "explain", "--json"), False),
+                ("pipe", self.staged.ctl("explain").stdout, False)):
+            with self.subTest(name):
+                self.assertEqual(COLOUR.search(printed) is not None, expected, printed)
+                self.assertNotIn("\x1b", COLOUR.sub("", printed))
+
+    def test_wraps_and_aligns_on_a_terminal_what_it_prints_on_lines_elsewhere(self):
+        for command in COMMANDS:
+            printed = COLOUR.sub("", read_terminal(self.staged, command))
+            for line in printed.splitlines():
+                with self.subTest(command, line=line):
+                    text = line.strip().split("  ")[-1]  # without its label
+                    self.assertTrue(len(line) <= COLUMNS or " " not in text, f"{len(line)} columns")
+            unwrapped = self.staged.ctl(command).stdout
+            self.assertEqual(printed.split(), unwrapped.split(), "the words")
+        rows = COLOUR.sub("", read_terminal(self.staged, "explain")).splitlines()[2:]
+        column = len("preferences  ")
+        for row in rows:
+            with self.subTest("aligned", row=row):
+                self.assertRegex(row, f"^[a-z ]{{{column - 2}}}  [^ ]")
+
+    def test_masks_what_the_log_masks(self):
+        secrets = {"a token": "/no/eyJhbGciOiJIUzI1NiJ9.eyJzdWIiOiIxIn0.log",
+                   "a password": "/no/&lt;password&gt;secret&lt;/password&gt;/x.log"}
+        keys = ("StartupLogFile", "LogLevel", "LastDateCheck", "UpdaterPrefSchedCheckFreq",
+                "IsScheduledTaskNeeded", "uninstallts")
+        self.staged.write(self.staged.stamp, "stamp")
+        for name, value in secrets.items():
+            for key in keys:
+                for arguments in ([], ["--json"]):
+                    with self.subTest(name, key=key, arguments=arguments):
+                        self.staged.write(self.staged.prefs, {"LogLevel": "2", key: value})
+                        self.staged.write(self.staged.admin_prefs, {"Suppressed": value})
+                        said = self.staged.ctl("explain", *arguments).stdout
+                        self.assertIn("****", said)
+                        self.assertNotRegex(said, "eyJ|secret")
+
+
+if __name__ == "__main__":
+    unittest.main()
