@@ -233,7 +233,7 @@ def program_rows():
             ("a script without interpreter", "no-program",
              lambda path: path.write_text(SCRIPT.replace("/bin/sh", "/no/such"))),
             ("not executable", "not-executable", lambda path: path.chmod(0o644)),
-            ("in a closed folder", "missing", lambda path: path.parent.chmod(0o600))):
+            ("in a closed folder", "missing", lambda path: path.parent.chmod(0))):
         yield Row(f"notifier {name}", f"notifier.{found}", ordinary="closed" in name,
                   stage=lambda tree, stage=stage: stage(tree.notifier))
     for name, found, stage in (
@@ -341,7 +341,7 @@ def entries_of(path):
 
 
 def holds_keepsake(path):
-    return path.is_file() and KEEPSAKE in path.read_bytes()
+    return os.access(path, os.R_OK) and path.is_file() and KEEPSAKE in path.read_bytes()
 
 
 def logs_of(tree):
