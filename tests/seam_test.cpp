@@ -16,6 +16,7 @@
 #include "platform/languages.h"
 #include "platform/md5.h"
 #include "platform/named_recursive_lock.h"
+#include "platform/property_list.h"
 #include "platform/semaphore_name.h"
 #include "platform/thread_id.h"
 #include "tests/test_support.h"
@@ -44,6 +45,30 @@ TEST_F(Seam, ReadsStringsOfDictionariesAndNothingElse) {
   }
   EXPECT_FALSE(platform::ReadPropertyListString(top / "none", "K"));
   EXPECT_FALSE(platform::ReadPropertyListString(top, "K"));
+}
+
+TEST_F(Seam, ReadsArraysOfStringsAndIntegersOfInnerDictionaries) {
+  const std::tuple<const char*, std::string, std::string, std::string> rows[] = {
+      {"both", "<string>a b</string><string/>", "<integer>7</integer>", "[a b][] 7"},
+      {"nothing in the array", "", "<integer>-1</integer>", " -1"},
+      {"a number among the strings", "<string>a</string><integer>1</integer>", "<string>7</string>",
+       "none none"}};
+  const std::string list = top / "Some.plist";
+  for (const auto& [name, strings, number, found] : rows) {
+    WriteFile(list,
+              R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict><key>A</key>)"
+              "<array>" +
+                  strings + "</array><key>D</key><dict><key>N</key>" + number +
+                  "</dict></dict></plist>");
+    const auto array = platform::ReadPropertyListStrings(list, "A");
+    const auto integer = platform::ReadPropertyListInteger(list, "D", "N");
+    std::string text = array ? "" : kNone;
+    for (const std::string& string : array.value_or(Lines())) text += "[" + string + "]";
+    text += " " + (integer ? std::to_string(*integer) : kNone);
+    EXPECT_EQ(text, found) << name;
+    EXPECT_FALSE(platform::ReadPropertyListStrings(list, "D")) << name;
+    EXPECT_FALSE(platform::ReadPropertyListInteger(list, "A", "N")) << name;
+  }
 }
 
 // GNUstep knows the languages that the program was started with, and adds its own.

@@ -2,17 +2,28 @@
 
 #include "platform/file_descriptor.h"
 #include "platform/macos/text.h"
+#include "platform/property_list.h"
 
 namespace platform {
 namespace {
 
-// The root of a property list, XML or binary; nil when the bytes are none.
-id ParsePropertyList(const std::string& bytes) {
-  NSData* data = [NSData dataWithBytes:bytes.data() length:bytes.size()];
+// The root of the property list in a file, XML or binary, as an object of the enclosing autorelease
+// pool; nil when there is none.
+id ReadPropertyList(const std::string& path) {
+  const std::optional<std::string> bytes = ReadRegularFile(path, kPropertyListLimit);
+  if (!bytes) return nil;
+  NSData* data = [NSData dataWithBytes:bytes->data() length:bytes->size()];
   return [NSPropertyListSerialization propertyListWithData:data
                                                    options:NSPropertyListImmutable
                                                     format:nullptr
                                                      error:nullptr];
+}
+
+// What stands under `key` of `node`, if that is a dictionary and this of the kind; else nil.
+id Find(id node, const std::string& key, Class kind) {
+  if (![node isKindOfClass:[NSDictionary class]]) return nil;
+  id value = [node objectForKey:ToNSString(key)];
+  return [value isKindOfClass:kind] ? value : nil;
 }
 
 }  // namespace
@@ -37,13 +48,32 @@ std::string StandardizePath(const std::string& path) {
 
 std::optional<std::string> ReadPropertyListString(const std::string& path, const std::string& key) {
   @autoreleasepool {
-    const std::optional<std::string> bytes = ReadRegularFile(path, kPropertyListLimit);
-    if (!bytes) return std::nullopt;
-    id list = ParsePropertyList(*bytes);
-    if (![list isKindOfClass:[NSDictionary class]]) return std::nullopt;
-    id value = [list objectForKey:ToNSString(key)];
-    if (![value isKindOfClass:[NSString class]]) return std::nullopt;
-    return ToUtf8(value);
+    id value = Find(ReadPropertyList(path), key, [NSString class]);
+    return value != nil ? std::optional(ToUtf8(value)) : std::nullopt;
+  }
+}
+
+std::optional<std::vector<std::string>> ReadPropertyListStrings(const std::string& path,
+                                                                const std::string& key) {
+  @autoreleasepool {
+    NSArray* array = Find(ReadPropertyList(path), key, [NSArray class]);
+    if (array == nil) return std::nullopt;
+    std::vector<std::string> strings;
+    for (id element in array) {
+      if (![element isKindOfClass:[NSString class]]) return std::nullopt;
+      strings.push_back(ToUtf8(element));
+    }
+    return strings;
+  }
+}
+
+std::optional<std::int64_t> ReadPropertyListInteger(const std::string& path,
+                                                    const std::string& outer_key,
+                                                    const std::string& key) {
+  @autoreleasepool {
+    id inner = Find(ReadPropertyList(path), outer_key, [NSDictionary class]);
+    NSNumber* value = Find(inner, key, [NSNumber class]);
+    return value != nil ? std::optional<std::int64_t>([value longLongValue]) : std::nullopt;
   }
 }
 

@@ -21,6 +21,10 @@
 @interface NSArray : NSObject <NSFastEnumeration>
 @end
 
+@interface NSNumber : NSObject
+@property(readonly) long long longLongValue;
+@end
+
 @interface NSData : NSObject
 + (instancetype)dataWithBytes:(const void*)bytes length:(unsigned long)length;
 @end
