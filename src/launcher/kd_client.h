@@ -39,6 +39,14 @@ using VantreKDReleaseRef = std::uint32_t();
 
 }  // extern "C"
 
+/// The names of the entry points: of VantreKDGetLatestApplication, VantreKDInvokeApplication and
+/// VantreKDReleaseRef.
+///@{
+inline constexpr char kKDGetLatestName[] = "Vantre_KD_GetLatestKDApplication";
+inline constexpr char kKDInvokeName[] = "Vantre_KD_InvokeApplication";
+inline constexpr char kKDReleaseName[] = "Vantre_KD_ReleaseRef";
+///@}
+
 /// The version of the records that stand here.
 inline constexpr std::uint32_t kKDRecordVersion = 4;
 /// The result of a latest-application request whose outcome comes through the callback.

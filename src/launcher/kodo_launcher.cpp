@@ -87,9 +87,9 @@ void VantreUpdaterKodoLauncher::initialize() {
                          path);
     throw std::exception();
   }
-  resolve(get_latest_application_, "Vantre_KD_GetLatestKDApplication");
-  resolve(invoke_application_, "Vantre_KD_InvokeApplication");
-  resolve(release_ref_, "Vantre_KD_ReleaseRef");
+  resolve(get_latest_application_, kKDGetLatestName);
+  resolve(invoke_application_, kKDInvokeName);
+  resolve(release_ref_, kKDReleaseName);
 }
 
 template <typename EntryPoint>

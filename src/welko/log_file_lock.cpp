@@ -1,6 +1,5 @@
 #include "welko/log_file_lock.h"
 
-#include <sys/ipc.h>
 #include <sys/sem.h>
 #include <unistd.h>
 
@@ -51,8 +50,10 @@ LogFileLock::~LogFileLock() {
   Operate(kAttached, -1, IPC_NOWAIT);
 }
 
+key_t LogFileLock::KeyOf(const std::string& path) { return ftok(path.c_str(), kProjectId); }
+
 std::optional<LogFileLock::Look> LogFileLock::LookAt(const std::string& path) {
-  const key_t key = ftok(path.c_str(), kProjectId);
+  const key_t key = KeyOf(path);
   // With the rights that using it takes.
   const int set = key == -1 ? kNoSet : semget(key, 2, 0666);
   if (set == kNoSet) return std::nullopt;
@@ -78,7 +79,7 @@ void LogFileLock::Release() {
 }
 
 bool LogFileLock::Attach() {
-  const key_t key = ftok(path_.c_str(), kProjectId);
+  const key_t key = KeyOf(path_);
   counted_ = false;
   for (int attempt = 0; attempt < kAttempts && key != -1; ++attempt) {
     set_ = semget(key, 2, IPC_CREAT | IPC_EXCL | 0666);

@@ -5,6 +5,7 @@
 #ifndef WELKO_LOG_FILE_LOCK_H_
 #define WELKO_LOG_FILE_LOCK_H_
 
+#include <sys/ipc.h>
 #include <sys/types.h>
 
 #include <optional>
@@ -42,6 +43,9 @@ class LogFileLock {
   ~LogFileLock();
   LogFileLock(const LogFileLock&) = delete;
   LogFileLock& operator=(const LogFileLock&) = delete;
+
+  /// The key of the set of the existing file `path`, as ipcs(1) shows it; -1 when there is no file.
+  static key_t KeyOf(const std::string& path);
 
   /// A set as it is at this moment.
   struct Look {

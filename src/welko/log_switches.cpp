@@ -14,22 +14,32 @@
 namespace welko {
 namespace {
 
+constexpr char kTrace[] = ".trace";
+constexpr char kDebug[] = ".debug";
+
 bool IsRegularFile(const std::string& path) {
   return platform::TypeOf(path) == platform::FileType::kRegular;
 }
 
 }  // namespace
 
-int ApplyLogSwitches(const std::string& log_name, int level) {
+std::optional<std::string> FindLogSwitch(const std::string& log_name) {
   const std::optional<std::string> folder = GetConsoleUserLogsFolder();
-  if (!folder) return level;
+  if (!folder) return std::nullopt;
   for (const std::string& name : {WithoutPathExtension(log_name), std::string("quib")}) {
     std::string path = *folder;
     AppendPathComponent(path, name);
-    if (IsRegularFile(path + ".trace")) return kLogTrace;
-    if (IsRegularFile(path + ".debug")) return std::min(level, kLogDebug);
+    for (const char* extension : {kTrace, kDebug}) {
+      if (IsRegularFile(path + extension)) return path + extension;
+    }
   }
-  return level;
+  return std::nullopt;
+}
+
+int ApplyLogSwitches(const std::string& log_name, int level) {
+  const std::optional<std::string> found = FindLogSwitch(log_name);
+  if (!found) return level;
+  return found->ends_with(kTrace) ? kLogTrace : std::min(level, kLogDebug);
 }
 
 bool KeepsOldLogs(const std::string& folder) {

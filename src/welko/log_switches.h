@@ -2,14 +2,18 @@
 #ifndef WELKO_LOG_SWITCHES_H_
 #define WELKO_LOG_SWITCHES_H_
 
+#include <optional>
 #include <string>
 
 namespace welko {
 
-/// `level` as the switch files in the console user's logs folder change it. The first that exists
-/// as a regular file decides: `log_name` with the extension "trace" or "debug", then "quib.trace"
-/// and "quib.debug". A trace file gives kLogTrace, a debug file lowers the level to kLogDebug at
-/// most.
+/// The path of the switch file that decides: the first in the console user's logs folder that exists
+/// as a regular file, of `log_name` with the extension "trace" or "debug", then "quib.trace" and
+/// "quib.debug". Nothing when there is none.
+std::optional<std::string> FindLogSwitch(const std::string& log_name);
+
+/// `level` as that switch file changes it: a trace file gives kLogTrace, a debug file lowers the
+/// level to kLogDebug at most.
 int ApplyLogSwitches(const std::string& log_name, int level);
 
 /// Whether a "quib.trace" file in `folder` holds "keeplogs" and nothing after it: then old logs

@@ -29,12 +29,6 @@ constexpr std::int64_t kSecondsBetweenChecks = 900;
 constexpr std::size_t kBackupsKept = 2;
 constexpr std::size_t kMessageBuffer = 4096;  // with the terminating zero
 
-std::int64_t SizeLimit(int level) {
-  constexpr std::int64_t kMiB = 1048576;
-  if (level == kLogTrace) return 50 * kMiB;
-  return level == kLogDebug ? 20 * kMiB : 10 * kMiB;
-}
-
 std::string FormatMessage(const char* format, std::va_list* arguments) {
   if (arguments == nullptr) return format;
   // Another target may get the same arguments.
@@ -68,6 +62,12 @@ bool EndsWithinARow(const std::string& path) {
 }
 
 }  // namespace
+
+std::int64_t RollOverSize(int level) {
+  constexpr std::int64_t kMiB = 1048576;
+  if (level == kLogTrace) return 50 * kMiB;
+  return level == kLogDebug ? 20 * kMiB : 10 * kMiB;
+}
 
 LogTargetDefault::LogTargetDefault(const char* name) {
   if (name != nullptr) name_ = name;
@@ -173,7 +173,7 @@ bool LogTargetDefault::CheckRollOver() {
   const bool keeps_old_logs = KeepsOldLogs(WithoutLastPathComponent(file_path_));
   const std::optional<std::int64_t> size = platform::SizeOf(file_path_);
   if (!size) return false;
-  if (*size < SizeLimit(level_)) return true;
+  if (*size < RollOverSize(level_)) return true;
   stream_.close();
   const std::int64_t now = NowMilliseconds() / 1000;
   MoveLogText(file_path_, BackupPath(file_path_, now));

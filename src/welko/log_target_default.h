@@ -6,6 +6,7 @@
 #ifndef WELKO_LOG_TARGET_DEFAULT_H_
 #define WELKO_LOG_TARGET_DEFAULT_H_
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,6 +15,9 @@
 #include "welko/log_target_base.h"
 
 namespace welko {
+
+/// The size in bytes at which the log of a target with the threshold `level` is moved to a backup.
+std::int64_t RollOverSize(int level);
 
 /// The one kind of target that Wakerly has. It opens its file by itself when it is given none.
 class LogTargetDefault : public LogTargetBase {

@@ -5,6 +5,7 @@
 #include "esd/util/path.h"
 #include "platform/file_type.h"
 #include "welko/log_level.h"
+#include "welko/log_switches.h"
 #include "welko/log_target_default.h"
 #include "welko/path.h"
 
@@ -105,6 +106,10 @@ std::optional<std::string> UpdaterLogFile(const std::string& logFilePath) {
   welko::AppendPathComponent(parts.folder,
                              parts.name.empty() ? welko::kDefaultLogName : parts.name);
   return parts.folder;
+}
+
+std::int64_t UpdaterLogSizeLimit(int level) {
+  return welko::RollOverSize(welko::ApplyLogSwitches(welko::kDefaultLogName, TargetLevel(level)));
 }
 
 bool IsUpdaterLogWritten() { return g_log.is_written; }

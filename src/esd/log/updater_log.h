@@ -6,6 +6,7 @@
 #ifndef ESD_LOG_UPDATER_LOG_H_
 #define ESD_LOG_UPDATER_LOG_H_
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -27,6 +28,9 @@ bool InitUpdaterLog(const std::string& logFilePath, int level, const std::string
 /// The path of the file that InitUpdaterLog writes to when it is given `logFilePath`. Nothing when
 /// that names no folder and the target's default folder is not found.
 std::optional<std::string> UpdaterLogFile(const std::string& logFilePath);
+
+/// The size in bytes at which the log rolls over that InitUpdaterLog starts at verbosity `level`.
+std::int64_t UpdaterLogSizeLimit(int level);
 
 /// Whether InitUpdaterLog could open the log's file and, where that is the one it was given, its
 /// banner reached it.

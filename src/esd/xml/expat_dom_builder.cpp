@@ -77,15 +77,32 @@ bool ExpatDOMBuilder<Node>::ParseFile(const platform::FileDescriptor& file,
   if (!file) return result_if_unreadable;
   if (fstat(file.number(), &status) != 0) return false;
   if (status.st_size == 0) return result_if_unreadable;
+  return Parse([&](void* buffer, std::size_t at) {
+    return pread(file.number(), buffer, kBufferSize, static_cast<off_t>(at));
+  });
+}
+
+template <typename Node>
+bool ExpatDOMBuilder<Node>::ParseText(std::string_view text) {
+  is_malformed_ = false;
+  return Parse([&](void* buffer, std::size_t at) {
+    return static_cast<ssize_t>(text.copy(static_cast<char*>(buffer), kBufferSize, at));
+  });
+}
+
+// `read` fills a buffer of kBufferSize bytes with what begins at an offset, as read(2) does.
+template <typename Node>
+template <typename Read>
+bool ExpatDOMBuilder<Node>::Parse(Read read) {
   XML_Status parsed = XML_STATUS_OK;
   bool is_final = false;
-  for (off_t at = 0; parsed == XML_STATUS_OK && !is_final;) {
+  for (std::size_t at = 0; parsed == XML_STATUS_OK && !is_final;) {
     void* const buffer = XML_GetBuffer(parser_, kBufferSize);
     if (buffer == nullptr) return false;
-    const ssize_t size = pread(file.number(), buffer, kBufferSize, at);
+    const ssize_t size = read(buffer, at);
     if (size < 0 && errno == EINTR) continue;
     if (size < 0) return false;
-    at += size;
+    at += static_cast<std::size_t>(size);
     is_final = size < kBufferSize;
     parsed = XML_ParseBuffer(parser_, static_cast<int>(size), is_final);
   }

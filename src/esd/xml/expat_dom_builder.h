@@ -8,6 +8,7 @@
 #include <memory>
 #include <stack>
 #include <string>
+#include <string_view>
 
 #include "platform/file_descriptor.h"
 
@@ -44,9 +45,11 @@ class ExpatDOMBuilder {
   bool ParseFile(const std::string& path, bool result_if_unreadable);
   /// The same for a file that is open, from its beginning.
   bool ParseFile(const platform::FileDescriptor& file, bool result_if_unreadable);
-  /// Whether the last ParseFile was false because of the text, and not for another reason.
+  /// The same for `text`.
+  bool ParseText(std::string_view text);
+  /// Whether the last parsing was false because of the text, and not for another reason.
   bool is_malformed() const { return is_malformed_; }
-  /// What the parser found wrong; only after a ParseFile that was false because of the text.
+  /// What the parser found wrong; only after a parsing that was false because of the text.
   XmlFault fault() const;
 
   /// The declaration node, owned by the builder; null without a document.
@@ -59,6 +62,8 @@ class ExpatDOMBuilder {
   static void OnDeclaration(void* self, const char* version, const char* encoding, int standalone);
   template <typename Callback>
   void Guard(Callback callback);
+  template <typename Read>
+  bool Parse(Read read);
 
   std::unique_ptr<Node> root_;
   std::stack<Node*> open_nodes_;  ///< the root at the bottom, then the open elements
