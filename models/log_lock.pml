@@ -13,9 +13,20 @@
  * it comes between the calls with which wakerly makes a set, wakerly is not killed there as well
  * (MAKER_KILLED: it is).
  *
+ * Linux counts to kFull and says ERANGE. macOS counts on, and begins again (COUNTS_ON); there a
+ * process must look before it counts (COUNTED_WITHOUT_LOOKING: it does not).
+ *
  * Must hold: never do two write at once; nobody waits unless a living process holds the lock.
  */
 #define kFull 4 /* for SEMVMX, 32,767: only killed processes, never three living ones, come so far */
+#ifdef COUNTS_ON /* macOS: semop knows no SEMVMX, and makes 65,536 a 0 */
+#define may_count true
+#define kEnd 8 /* for 65,536 */
+#else /* Linux: ERANGE */
+#define may_count (attached < kFull)
+#define kEnd 255
+#endif
+#define next_count ((attached + 1) % kEnd)
 #define kForeign 2
 
 #define kNone 0    /* no set */
@@ -166,7 +177,7 @@ prepare:
       :: set[_pid] == kCurrent && unlocked == 0 ->
          unlocked = 1; raw = false;
          if
-         :: attached < kFull -> attached++; counted = true
+         :: may_count -> attached = next_count; counted = true
          :: else
          fi;
          goto attached_
@@ -176,16 +187,18 @@ prepare:
 #endif
 count:
     skip;
+#ifndef COUNTED_WITHOUT_LOOKING
     atomic { /* LogFileLock::Count: semctl GETVAL */
       if
-      :: set[_pid] == kCurrent && attached == kFull -> goto attached_
+      :: set[_pid] == kCurrent && attached >= kFull -> goto attached_
       :: else
       fi
     };
+#endif
     atomic { /* Operate(kAttached, 1, IPC_NOWAIT): semop */
       if
       :: set[_pid] == kRemoved -> set[_pid] = kNone; goto attach
-      :: set[_pid] == kCurrent && attached < kFull -> attached++; counted = true
+      :: set[_pid] == kCurrent && may_count -> attached = next_count; counted = true
       :: else /* ERANGE: the lock works all the same */
       fi;
 attached_:
@@ -302,7 +315,7 @@ count:
     skip;
     atomic { /* semop: +1 to semaphore 0 */
       if
-      :: set[_pid] == kCurrent && attached < kFull -> attached++; waits[_pid] = true
+      :: set[_pid] == kCurrent && may_count -> attached = next_count; waits[_pid] = true
       :: else -> goto unusable
       fi
     };

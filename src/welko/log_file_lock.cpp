@@ -14,7 +14,7 @@ constexpr int kNoSet = -1;
 constexpr int kAttempts = 100;  // against others that remove the set meanwhile
 constexpr unsigned short kAttached = 0;
 constexpr unsigned short kFree = 1;
-constexpr int kMostCounted = 32767;  // SEMVMX, beyond which some systems refuse to count
+constexpr int kMostCounted = 32767;  // SEMVMX, to which Linux holds and macOS does not
 
 // Whether the last operation failed because the set is gone: semop(2) gives the one error to a
 // waiting caller, the other to one that comes later.
@@ -118,8 +118,9 @@ bool LogFileLock::Insist() {
 }
 
 // The count runs full after 32,767 processes that ended without detaching. Whoever comes then uses
-// the lock uncounted: not every system bounds the count, and one that began again at 0 would make
-// a set in use look like a new one.
+// the lock uncounted. Linux says so by ERANGE, which is left for those who looked when there was
+// room for one. The semop(2) of macOS goes on, and from 65,535 to 0: that would make a set in use
+// look like a new one, and only processes that do not look first could come so far.
 bool LogFileLock::Count() {
   const bool is_full = semctl(set_, kAttached, GETVAL) >= kMostCounted;
   counted_ = !is_full && Operate(kAttached, 1, IPC_NOWAIT);
