@@ -3,14 +3,15 @@
 
 usage: check_imports.py BUILD...
 
-BUILD is a folder of the cross-build, as build/macos-arm64. Every symbol that its objects leave open must be in a library
-of cmake/macos/sdk or in the compiler's libSystem; must have a row in cmake/macos/imports.tsv, which names that library;
-and must not be newer than the oldest system of that build. Every row must be of something that is imported. Prints what
-is wrong and exits with 1, or prints one line. WAKERLY_ZIG names the compiler.
+BUILD is a folder of the cross-build, as build/macos-arm64. Every symbol that its objects leave open must be in a
+library of cmake/macos/sdk or in the compiler's libSystem; must have a row in cmake/macos/imports.tsv, which names that
+library; and must not be newer than the oldest system of that build. Every row must be of something that is imported.
+Prints what is wrong and exits with 1, or prints one line. WAKERLY_ZIG names the compiler.
 """
 
 import os
 import pathlib
+import re
 import subprocess
 import sys
 
@@ -19,6 +20,7 @@ import yaml
 PROGRAMS = ["wakerly", "wakerlyctl"]
 SDK = pathlib.Path("cmake/macos/sdk")
 ROWS = pathlib.Path("cmake/macos/imports.tsv")
+ROW = re.compile(r"(?P<symbol>\S+)\t(?P<library>\S+)\t(?P<oldest>[0-9]+(\.[0-9]+)+|any|not known)\t(?P<source>\S+)")
 LINKERS_OWN = {"___dso_handle"}
 
 
@@ -71,12 +73,14 @@ def open_symbols(build):
 
 def read_rows():
     """The rows by their symbols: library, and the oldest system as the row gives it."""
-    lines = [line for line in ROWS.read_text().splitlines() if not line.startswith("#")]
     rows = {}
-    for symbol, library, oldest, _source in (line.split("\t") for line in lines):
-        if symbol in rows:
-            raise SystemExit(f"{ROWS}: two rows for {symbol}")
-        rows[symbol] = (library, oldest)
+    for line in ROWS.read_text().splitlines():
+        if line.startswith("#"):
+            continue
+        row = ROW.fullmatch(line)
+        if not row or row["symbol"] in rows:
+            raise SystemExit(f"{ROWS}: no row, or a second one for its symbol: {line}")
+        rows[row["symbol"]] = (row["library"], row["oldest"])
     return rows
 
 

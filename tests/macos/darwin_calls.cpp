@@ -7,17 +7,12 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <string>
 
-namespace linux_platform {
-std::array<unsigned char, 16> Md5Digest(const std::string& bytes);
-std::uint64_t CurrentThreadId();
-bool CopyAclAndAttributes(int from, int to);
-bool IsLocked(const std::string& path);
-bool ClearLocked(const std::string& path);
-}  // namespace linux_platform
+#define platform linux_platform
+#include "platform/file_attributes.h"
+#include "platform/md5.h"
+#include "platform/thread_id.h"
 
 extern "C" {
 
@@ -34,8 +29,8 @@ int pthread_threadid_np(void* thread, uint64_t* id) {
 }
 
 int fcopyfile(int from, int to, copyfile_state_t state, unsigned flags) {
-  const bool is_known = state == nullptr && flags == (COPYFILE_ACL | COPYFILE_XATTR);
-  return is_known && linux_platform::CopyAclAndAttributes(from, to) ? 0 : -1;
+  if (state != nullptr || flags != (COPYFILE_ACL | COPYFILE_XATTR)) return -1;
+  return linux_platform::CopyAclAndAttributes(from, to) ? 0 : -1;
 }
 
 int LstatWithFlags(const char* path, struct stat* status) {

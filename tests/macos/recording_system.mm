@@ -9,11 +9,8 @@
 #include <sstream>
 
 // The look-up of Linux, under a name of its own.
-namespace linux_platform {
-enum class FolderDomain : std::int16_t;
-std::optional<std::string> FindFolder(FolderDomain domain, std::uint32_t type, bool create,
-                                      std::size_t path_size);
-}  // namespace linux_platform
+#define platform linux_platform
+#include "platform/folders.h"
 
 namespace test {
 

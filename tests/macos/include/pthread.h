@@ -1,10 +1,5 @@
 // With the call of Darwin's threads that Linux lacks; a thread is a pointer there.
-#ifndef TESTS_MACOS_PTHREAD_H_
-#define TESTS_MACOS_PTHREAD_H_
-
 #include_next <pthread.h>
 #include <stdint.h>
 
 extern "C" int pthread_threadid_np(void* thread, uint64_t* id);
-
-#endif  // TESTS_MACOS_PTHREAD_H_

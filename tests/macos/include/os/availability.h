@@ -1,7 +1,2 @@
 // GNUstep is of one version.
-#ifndef TESTS_MACOS_OS_AVAILABILITY_H_
-#define TESTS_MACOS_OS_AVAILABILITY_H_
-
 #define API_AVAILABLE(...)
-
-#endif  // TESTS_MACOS_OS_AVAILABILITY_H_
