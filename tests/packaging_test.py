@@ -17,6 +17,7 @@ import unittest
 
 PACKAGING = pathlib.Path(__file__).resolve().parent.parent / "packaging"
 MACOS = PACKAGING / "macos"
+COPY = "Library/LaunchAgents/com.vantre.VantreOrlanUpdater-1.0.plist"  # of the scheduled agent, in a home folder
 UPDATER = "Library/Application Support/Vantre/OrlanUpdater/1.0"
 REAL_TOOLS = ("awk", "basename", "cat", "cp", "dirname", "echo", "grep", "install", "mkdir", "mktemp", "mv", "rm",
               "rmdir", "sed", "sort", "tee", "xargs")
@@ -57,7 +58,7 @@ HEALTHY = {
           echo "  $session /usr/sbin/cfprefsd"
         done""",
     "sleep": "",
-    "stat": '[[ $3 == /dev/console ]] && echo ann || case $3 in *Shared) echo 0 ;; *) echo 501 ;; esac',
+    "stat": 'case $* in *console) echo ann ;; *Shared | -f*ben) echo 0 ;; *) echo 501 ;; esac',
     "sudo": 'shift 2; "$@"',
 }
 
@@ -65,8 +66,7 @@ IDENTITIES = {"WAKERLY_SIGN_APPLICATION": "Application: V", "WAKERLY_SIGN_INSTAL
 NOTARISED = {**IDENTITIES, "WAKERLY_NOTARY_PROFILE": "notary"}
 
 # Users/Shared belongs to root, and everybody can lay something there; the second file is another program's.
-OTHERS = ["Users/Shared/Library/LaunchAgents/com.vantre.VantreOrlanUpdater-1.0.plist",
-          "Users/ann/Library/LaunchAgents/com.other.plist"]
+OTHERS = [f"Users/Shared/{COPY}", "Users/ann/Library/LaunchAgents/com.other.plist"]
 
 
 def prints(*lines):
@@ -321,17 +321,17 @@ class Uninstall(ScriptTest):
         self.run_script(MACOS / "build-package", self.scratch / "build", self.scratch / "made/W.pkg")
 
     def lay_out(self):
-        """A disk as the package leaves it, with one user who has the updater's files."""
+        """A disk as the package leaves it, with a user who has the updater's files, and one whose home was moved."""
         disk = self.scratch / "disk"
         shutil.rmtree(disk, ignore_errors=True)
         shutil.copytree(self.scratch / "made/root", disk)
         (disk / "usr/local/share/man/man8/wakerlyctl.8").touch()
-        copy = "Library/LaunchAgents/com.vantre.VantreOrlanUpdater-1.0.plist"
         mine = [f"Users/ann/{UPDATER}/{name}" for name in ("VantreUpdaterPrefs.dat", "orlanul.log", "orlanul_1.log")]
-        for name in (*mine, f"Users/ann/{copy}", *OTHERS):
+        for name in (*mine, f"Users/ann/{COPY}", f"Moved/ben/{COPY}", *OTHERS):
             path = disk / name
             path.parent.mkdir(parents=True, exist_ok=True)
             path.touch()
+        (disk / "Users/ben").symlink_to(disk / "Moved/ben")
         return disk
 
     def left(self):
@@ -352,8 +352,8 @@ class Uninstall(ScriptTest):
             self.assertIn(f"removed DISK/{path.relative_to(self.scratch / 'made/root')}\n", self.output)
         self.assertEqual(self.calls_of("launchctl", "pkgutil"), "pkgutil --volume DISK --pkg-info com.vantre.Wakerly\n"
                          "pkgutil --volume DISK --forget com.vantre.Wakerly\n")
-        self.assertEqual(self.calls_of("sudo"), "sudo -u \\#501 rm -f DISK/Users/ann/Library/LaunchAgents/"
-                         "com.vantre.VantreOrlanUpdater-1.0.plist\n")
+        self.assertEqual(self.calls_of("sudo"), "".join(
+            f"sudo -u \\#501 rm -f DISK/Users/{user}/{COPY}\n" for user in ("ann", "ben")))
 
         self.stand_in("pkgutil", "exit 1")
         self.run_script(self.script, "--all", disk)
@@ -403,8 +403,8 @@ class Uninstall(ScriptTest):
         disk = self.lay_out()
         self.stand_in("sudo", "exit 1")
         self.run_script(self.script, disk)
-        copy = "Users/ann/Library/LaunchAgents/com.vantre.VantreOrlanUpdater-1.0.plist"
-        self.assertEqual((self.status, self.errors), (1, f"uninstall: cannot remove DISK/{copy}\n"))
+        self.assertEqual((self.status, self.errors), (1, "".join(
+            f"uninstall: cannot remove DISK/Users/{user}/{COPY}\n" for user in ("ann", "ben"))))
         self.assertIn(f"{UPDATER}/uninstall", self.left())
         self.assertNotIn("pkgutil", self.calls)
 
