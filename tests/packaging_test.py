@@ -104,13 +104,13 @@ class ScriptTest(unittest.TestCase):
         result = subprocess.run([script, *arguments], capture_output=True, text=True, timeout=60, check=False, env={
             "PATH": str(self.scratch / "bin"), "TMPDIR": str(self.scratch / "tmp"), "CALLS": str(calls),
             "MADE": str(made), "INFO_PLIST": str(MACOS / "Info.plist.in"), **variables})
-        names = {rf"{self.scratch}/tmp/tmp\.\w+": "WORK", str(made): "MADE", str(self.scratch / "build"): "BUILD",
-                 str(MACOS): "PACKAGING", str(self.scratch / "disk"): "DISK"}
+        names = {str(made): "MADE", str(self.scratch / "build"): "BUILD", str(MACOS): "PACKAGING",
+                 str(self.scratch / "disk"): "DISK"}
 
         def named(text):
             for folder, name in names.items():
-                text = re.sub(folder, name, text)
-            return text
+                text = text.replace(folder, name)
+            return re.sub(re.escape(str(self.scratch)) + r"/tmp/tmp\.\w+", "WORK", text)
         self.status, self.calls = result.returncode, named(calls.read_text())
         self.output, self.errors = named(result.stdout), named(result.stderr)
 
