@@ -32,19 +32,23 @@ struct State {
   LogLock log;
 };
 
-LogLock LookAtLogLock() {
-  const PrefsView file(esd::GetUpdaterPrefsFile(esd::kPrefsFileName));
-  UserSettings user(file);
-  LogLock log{FindLogFile(user), std::nullopt, false};
-  if (!log.path) return log;
-  log.look = welko::LogFileLock::LookAt(*log.path);
+LogLock LookAtLogLock(const std::optional<std::string>& path) {
+  LogLock log{path, std::nullopt, false};
+  if (!path) return log;
+  log.look = welko::LogFileLock::LookAt(*path);
   log.is_denied = !log.look && errno == EACCES;
   return log;
 }
 
-std::vector<LockLook> LookAtLocks() {
-  return {LookAtLock(LockedFile::kUser, esd::GetUpdaterPrefsFile(esd::kPrefsFileName)),
-          LookAtLock(LockedFile::kAdministrator, esd::GetAdminPrefsFile())};
+State LookAround() {
+  const PrefsView file(esd::GetUpdaterPrefsFile(esd::kPrefsFileName));
+  const std::optional<std::string> admin_path = esd::GetAdminPrefsFile();
+  UserSettings user(file);
+  return {{LookAtLock(LockedFile::kUser, file.path(), user.is_locked),
+           LookAtLock(LockedFile::kAdministrator, admin_path,
+                      admin_path && IsPrefsLockHeld(*admin_path))},
+          FindRuns(),
+          LookAtLogLock(FindLogFile(user))};
 }
 
 Finding FindingOf(const LockLook& lock) {
@@ -109,7 +113,7 @@ void AddLock(Page& page, const LockLook& lock, const std::vector<platform::Proce
   page.AddDetail("semaphore " + lock.semaphore);
   if (!lock.is_held) return;
   page.AddDetail(
-      RunsThatLock(lock.file, runs).empty()
+      FindHolders(lock, runs).empty()
           ? "No run of wakerly lives that could hold it. Unless the updater runs, remove "
             "it with: wakerlyctl lock --clear"
           : "A run of wakerly that lives may hold it.");
@@ -153,7 +157,7 @@ Confirmation ChooseConfirmation(const LockOptions& options) {
 }  // namespace
 
 Answer ShowLocks() {
-  const State state{LookAtLocks(), FindRuns(), LookAtLogLock()};
+  const State state = LookAround();
   std::vector<Finding> findings;
   for (const LockLook& lock : state.locks) findings.push_back(FindingOf(lock));
   return {ToPage(state), ToValue(state, findings), kDone};
@@ -161,7 +165,7 @@ Answer ShowLocks() {
 
 Answer ClearLocks(const LockOptions& options) {
   const Confirmation confirm = ChooseConfirmation(options);
-  const State state{LookAtLocks(), FindRuns(), LookAtLogLock()};
+  const State state = LookAround();
   std::vector<Finding> findings;
   Answer answer;
   for (const LockLook& lock : state.locks) {

@@ -25,7 +25,7 @@ bool IsOldEnough(const LockLook& lock) {
 
 // Why `lock` must stay; nothing where it may go.
 std::optional<Finding> FindObstacle(const LockLook& lock) {
-  const std::vector<platform::Process> runs = RunsThatLock(lock.file, FindRuns());
+  const std::vector<platform::Process> runs = FindHolders(lock, FindRuns());
   if (!runs.empty()) {
     return Finding{Id::kLockInUse,
                    *lock.path + " may be locked by wakerly, " + Describe(runs.front()) + "."};

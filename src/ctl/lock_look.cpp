@@ -6,7 +6,6 @@
 #include <iterator>
 
 #include "ctl/iso_time.h"
-#include "ctl/prefs_view.h"
 #include "ctl/user_name.h"
 #include "esd/prefs/resource_locker.h"
 
@@ -18,12 +17,10 @@ const char* NameOf(LockedFile file) {
   return file == LockedFile::kUser ? "preferences" : "administrator-preferences";
 }
 
-LockLook LookAtLock(LockedFile file, const std::optional<std::string>& path) {
-  LockLook lock{file, path, "", false, std::nullopt};
-  if (!path) return lock;
-  lock.semaphore = esd::ResourceLocker::SemaphoreOf(*path);
-  lock.is_held = IsPrefsLockHeld(*path);
-  if (lock.is_held) lock.origin = platform::FindSemaphoreOrigin(lock.semaphore);
+LockLook LookAtLock(LockedFile file, const std::optional<std::string>& path, bool is_held) {
+  LockLook lock{file, path, "", is_held, std::nullopt};
+  if (path) lock.semaphore = esd::ResourceLocker::SemaphoreOf(*path);
+  if (is_held) lock.origin = platform::FindSemaphoreOrigin(lock.semaphore);
   return lock;
 }
 
@@ -34,10 +31,12 @@ std::string DescribeOrigin(const LockLook& lock) {
 
 std::vector<Process> FindRuns() { return platform::FindProcesses("wakerly"); }
 
-std::vector<Process> RunsThatLock(LockedFile file, const std::vector<Process>& runs) {
+std::vector<Process> FindHolders(const LockLook& lock, const std::vector<Process>& runs) {
   std::vector<Process> found;
   std::copy_if(runs.begin(), runs.end(), std::back_inserter(found), [&](const Process& run) {
-    return file == LockedFile::kAdministrator || run.uid == 0 || run.uid == geteuid();
+    const bool may_lock =
+        lock.file == LockedFile::kAdministrator || run.uid == 0 || run.uid == geteuid();
+    return may_lock && platform::MayHaveSemaphoreOpen(run.id, lock.semaphore);
   });
   return found;
 }

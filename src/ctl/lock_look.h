@@ -26,8 +26,8 @@ struct LockLook {
   std::optional<platform::SemaphoreOrigin> origin;  ///< where it is held and the system tells
 };
 
-/// Looks at the lock of `file`, which has the path `path`. Waits about a second where it is held.
-LockLook LookAtLock(LockedFile file, const std::optional<std::string>& path);
+/// The lock on `file`, which has the path `path`, once it was seen whether it is held.
+LockLook LookAtLock(LockedFile file, const std::optional<std::string>& path, bool is_held);
 
 /// "since 2026-11-22T09:30:00+01:00, made by ann", as far as the system tells; else empty.
 std::string DescribeOrigin(const LockLook& lock);
@@ -35,10 +35,10 @@ std::string DescribeOrigin(const LockLook& lock);
 /// The living runs of wakerly.
 std::vector<platform::Process> FindRuns();
 
-/// Those of `runs` that could hold the lock on `file`: that of the user's is taken by runs as the
-/// user and as root, the administrator's by any.
-std::vector<platform::Process> RunsThatLock(LockedFile file,
-                                            const std::vector<platform::Process>& runs);
+/// Those of `runs` that could hold `lock`: of the user's file a run as the user or as root, of the
+/// administrator's any, unless the system tells that it has not the semaphore.
+std::vector<platform::Process> FindHolders(const LockLook& lock,
+                                           const std::vector<platform::Process>& runs);
 
 /// "process 123 of ann".
 std::string Describe(const platform::Process& run);

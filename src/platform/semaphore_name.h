@@ -24,6 +24,10 @@ struct SemaphoreOrigin {
 /// and on a system that does not tell.
 std::optional<SemaphoreOrigin> FindSemaphoreOrigin(const std::string& name);
 
+/// Whether the process could have the existing semaphore of that name open: false only where the
+/// system tells that it has not.
+bool MayHaveSemaphoreOpen(std::int64_t process, const std::string& name);
+
 }  // namespace platform
 
 #endif  // PLATFORM_SEMAPHORE_NAME_H_
