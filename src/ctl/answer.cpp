@@ -27,11 +27,16 @@ int PrintText(std::string_view text) {
 int Print(const Answer& answer, bool as_json) {
   const std::string text = as_json ? ToJson(answer.json) : answer.page.Render(StandardDisplay());
   if (PrintText(text) != kDone) return kRefused;
-  return answer.refusal.empty() ? answer.status : Refuse(answer.refusal);
+  if (!answer.complaint.empty()) Complain(answer.complaint);
+  return answer.status;
+}
+
+void Complain(std::string_view text) {
+  platform::WriteToStandardError("wakerlyctl: " + Printable(std::string(text)) + "\n");
 }
 
 int Refuse(std::string_view text) {
-  platform::WriteToStandardError("wakerlyctl: " + Printable(std::string(text)) + "\n");
+  Complain(text);
   return kRefused;
 }
 

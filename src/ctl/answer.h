@@ -22,12 +22,12 @@ struct Answer {
   Page page;
   Value json;
   int status = kDone;
-  std::string refusal = {};  ///< why the status is kRefused, in a line; empty otherwise
+  std::string complaint = {};  ///< a line for standard error; empty for none
 };
 
-/// Prints `answer` to standard output, as JSON or as text, and gives the program's exit status: the
-/// answer's, or kRefused, with a line on standard error, where the answer refuses or the output
-/// does not take it. A reader that has gone is no failure.
+/// Prints `answer` to standard output, as JSON or as text, its complaint to standard error, and
+/// gives the program's exit status: the answer's, or kRefused, with a line on standard error, where
+/// the output does not take it. A reader that has gone is no failure.
 int Print(const Answer& answer, bool as_json);
 
 /// Prints `text` to standard output, and gives kDone, or kRefused, with a line on standard error,
@@ -37,7 +37,9 @@ int PrintText(std::string_view text);
 /// Writes `text` to standard output. False, with errno telling why, when that does not take it.
 bool WriteOutput(std::string_view text);
 
-/// Prints "wakerlyctl: " and `text`, in one line, to standard error, and gives kRefused.
+/// Prints "wakerlyctl: " and `text`, in one line, to standard error.
+void Complain(std::string_view text);
+/// Complains, and gives kRefused.
 int Refuse(std::string_view text);
 
 }  // namespace ctl

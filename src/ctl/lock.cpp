@@ -173,7 +173,7 @@ Answer ClearLocks(const LockOptions& options) {
     findings.push_back(finding);
     if (IsRefusal(finding.id)) {
       answer.status = kRefused;
-      answer.refusal += (answer.refusal.empty() ? "" : " ") + finding.why;
+      answer.complaint += (answer.complaint.empty() ? "" : " ") + finding.why;
     } else {
       answer.page.AddRow(NameOf(lock.file), Tone::kGood, finding.why);
     }

@@ -12,6 +12,7 @@
 #include "ctl/explain.h"
 #include "ctl/ids.h"
 #include "ctl/lock.h"
+#include "ctl/prefs.h"
 #include "driver/home_owner.h"
 #include "driver/standard_streams.h"
 #include "esd/util/program_version.h"
@@ -26,6 +27,7 @@ struct CommandLine {
   bool as_json = false;
   ctl::ExplainOptions explain;
   ctl::LockOptions lock;
+  std::optional<std::string> key;
 };
 
 CLI::App* AddCommand(CLI::App& app, CommandLine& line, const char* name, const char* description) {
@@ -40,6 +42,8 @@ void AddCommands(CLI::App& app, CommandLine& line) {
   explain->add_flag("--scheduled", line.explain.is_scheduled, "A run that the schedule starts");
   explain->add_option("--at", line.explain.at, "The date of the run; nothing else is moved")
       ->type_name("YYYY-MM-DD");
+  AddCommand(app, line, "prefs", "All preferences, with where each value comes from")
+      ->add_option("KEY", line.key, "This one alone");
   CLI::App* const lock = AddCommand(app, line, "lock", "Who holds the locks, and since when");
   CLI::Option* const clear = lock->add_flag("--clear", line.lock.clear,
                                             "Remove a preference file's lock that was left behind");
@@ -58,6 +62,7 @@ int RunCommand(const std::string& name, const CommandLine& line) {
     options.as_json = line.as_json;
     return ctl::Print(options.clear ? ctl::ClearLocks(options) : ctl::ShowLocks(), line.as_json);
   }
+  if (name == "prefs") return ctl::Print(ctl::ShowPrefs(line.key), line.as_json);
   return ctl::Print(ctl::ListIdentifiers(), line.as_json);
 }
 

@@ -9,16 +9,6 @@
 namespace ctl {
 namespace {
 
-template <typename T>
-Value ToValue(const Setting<T>& setting) {
-  if (!setting.value) return welko::RedactedValue(setting.key, setting.text);
-  if constexpr (std::is_same_v<T, std::string>) {
-    return welko::RedactedValue(setting.key, *setting.value);
-  } else {
-    return Value(*setting.value);
-  }
-}
-
 bool IsListed(const Value::Array& list, const std::string& key) {
   return std::any_of(list.begin(), list.end(), [&](const Value& value) {
     const auto& members = std::get<Value::Object>(value.content());
@@ -44,9 +34,32 @@ const char* NameOf(Source source) {
   return "default";
 }
 
+template <esd::PrefValue T>
+Value Shown(const std::string& key, const T& value) {
+  if constexpr (std::is_same_v<T, std::string>) {
+    return welko::RedactedValue(key, value);
+  } else {
+    return value;
+  }
+}
+
+template <typename V>
+Value Shown(const std::string& key, const std::map<std::string, V>& value) {
+  Value::Object object;
+  for (const auto& [name, element] : value) {
+    Value shown = Shown(name, element);
+    // Either key can be a credential's.
+    if constexpr (std::is_same_v<V, std::string>) {
+      shown = welko::RedactedValue(key, welko::RedactedValue(name, element));
+    }
+    object.push_back({welko::RedactedValue(key, name), std::move(shown)});
+  }
+  return object;
+}
+
 template <typename T>
 std::string Describe(const Setting<T>& setting) {
-  const Value value = ToValue(setting);
+  const Value value = Shown(setting);
   const auto* const text = std::get_if<std::string>(&value.content());
   std::string shown = text != nullptr ? "\"" + *text + "\"" : ToJson(value);
   if (shown.ends_with('\n')) shown.pop_back();
@@ -80,9 +93,19 @@ Setting<T> Settings::Read(const std::string& key, const T& otherwise) {
   T value{};
   if (esd::ReadPrefsValue(entry, value, otherwise)) setting.value = std::move(value);
   if (!IsListed(list_, key)) {
-    list_.push_back(Value::Object{
-        {"key", key}, {"value", ToValue(setting)}, {"source", NameOf(setting.source)}});
+    list_.push_back(
+        Value::Object{{"key", key}, {"value", Shown(setting)}, {"source", NameOf(setting.source)}});
   }
+  return setting;
+}
+
+template <typename V>
+Setting<std::map<std::string, V>> Settings::ReadMap(const std::string& key) const {
+  const esd::XMLDocumentNode* const entry = view_.FindEntry(key);
+  const bool is_in_file = entry != nullptr && !entry->children().empty();
+  Setting<std::map<std::string, V>> setting{key, std::nullopt, "", SourceOf(key, is_in_file)};
+  std::map<std::string, V> value;
+  if (esd::ReadPrefsMap(forgotten_by_ ? nullptr : entry, value)) setting.value = std::move(value);
   return setting;
 }
 
@@ -90,6 +113,12 @@ void Settings::Replace(const std::string& key, std::string text, Source source) 
   replacements_[key] = {std::move(text), source};
 }
 
+template Value Shown(const std::string&, const bool&);
+template Value Shown(const std::string&, const int&);
+template Value Shown(const std::string&, const unsigned long&);
+template Value Shown(const std::string&, const std::string&);
+template Value Shown(const std::string&, const std::map<std::string, bool>&);
+template Value Shown(const std::string&, const std::map<std::string, std::string>&);
 template std::string Describe(const Setting<bool>&);
 template std::string Describe(const Setting<int>&);
 template std::string Describe(const Setting<std::string>&);
@@ -97,5 +126,7 @@ template Setting<bool> Settings::Read(const std::string&, const bool&);
 template Setting<int> Settings::Read(const std::string&, const int&);
 template Setting<unsigned long> Settings::Read(const std::string&, const unsigned long&);
 template Setting<std::string> Settings::Read(const std::string&, const std::string&);
+template Setting<std::map<std::string, bool>> Settings::ReadMap(const std::string&) const;
+template Setting<std::map<std::string, std::string>> Settings::ReadMap(const std::string&) const;
 
 }  // namespace ctl

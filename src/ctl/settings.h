@@ -9,6 +9,7 @@
 
 #include "ctl/prefs_view.h"
 #include "ctl/value.h"
+#include "esd/prefs/prefs_document.h"
 
 namespace ctl {
 
@@ -33,6 +34,21 @@ struct Setting {
   Source source;
 };
 
+/// `value` as the log may show it behind `key`, masked where it is a credential or a token; a map
+/// is an object, whose keys are looked at like values.
+///@{
+template <esd::PrefValue T>
+Value Shown(const std::string& key, const T& value);
+template <typename V>
+Value Shown(const std::string& key, const std::map<std::string, V>& value);
+///@}
+
+/// The value of `setting`, or its text where that is no T, as the log may show it.
+template <typename T>
+Value Shown(const Setting<T>& setting) {
+  return setting.value ? Shown(setting.key, *setting.value) : Shown(setting.key, setting.text);
+}
+
 /// "key = value (source)", the value masked as the log does it.
 template <typename T>
 std::string Describe(const Setting<T>& setting);
@@ -46,10 +62,17 @@ class Settings {
   /// The settings that `view` holds; it must outlive this object. `file_source` is its own.
   Settings(const PrefsView& view, Source file_source) : view_(view), file_source_(file_source) {}
 
+  /// The source of what the file holds.
+  Source file_source() const { return file_source_; }
+
   /// The value of `key`, the replacement where there is one, else that of the file, else
   /// `otherwise`. It goes to the list.
   template <esd::PrefValue T>
   Setting<T> Read(const std::string& key, const T& otherwise);
+
+  /// The map of `key`, an empty one where no file holds it. It does not go to the list.
+  template <typename V>
+  Setting<std::map<std::string, V>> ReadMap(const std::string& key) const;
 
   /// From here on `key` has the value that stands in a file as `text`.
   void Replace(const std::string& key, std::string text, Source source);

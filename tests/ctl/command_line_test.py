@@ -12,7 +12,7 @@ import unittest
 
 from tree import WAKERLYCTL, TreeTest
 
-COMMANDS = ("explain", "ids", "lock")
+COMMANDS = ("explain", "ids", "lock", "prefs")
 COLUMNS = 60
 COLOUR = re.compile("\x1b\\[[0-9;]*m")
 
