@@ -19,12 +19,10 @@ import unittest
 import xml.etree.ElementTree
 from typing import Callable
 
-from tree import Tree, TreeTest, prefs_text
+from tree import IPC_CREAT, IPC_EXCL, LIBC, Tree, TreeTest, log_key, prefs_text
 
 IS_ROOT = os.geteuid() == 0
-LIBC = ctypes.CDLL(None, use_errno=True)
 LIBC.sem_open.restype = ctypes.c_void_p
-IPC_CREAT, IPC_RMID = 0o1000, 0  # <sys/ipc.h>
 BANNER = b">>> Vantre Updater Log Begin >>>"
 KEEPSAKE = b"keepsake"  # in every preference file: gone when a run removed the file
 ABSENT = object()
@@ -142,15 +140,13 @@ def admin_rows():
 
 
 def make_denied(tree):
-    """Root has the semaphore set of the log's lock (ftok(3), with the project's number 11)."""
-    made = LIBC.semget(log_key(tree.write(tree.log)), 2, IPC_CREAT | 0o600)
-    assert made != -1
-    tree.at_end.callback(LIBC.semctl, made, 0, IPC_RMID)
-
-
-def log_key(path):
-    status = path.stat()
-    return 11 << 24 | (status.st_dev & 0xff) << 16 | status.st_ino & 0xffff
+    """Root has the semaphore set of the log's lock, whose key may be another set's."""
+    for number in range(100):
+        made = LIBC.semget(log_key(tree.write(tree.log)), 2, IPC_CREAT | IPC_EXCL | 0o600)
+        if made != -1:
+            return
+        tree.log.rename(tree.top / str(number))
+    raise AssertionError("no key is free")
 
 
 def mount_full(tree):

@@ -20,15 +20,21 @@ SOURCE = pathlib.Path(os.environ["WAKERLY_SOURCE"])
 WAKERLY = BUILD / "wakerly"
 WAKERLYCTL = BUILD / "wakerlyctl"
 SECONDS = 60  # that a program gets
+LIBC = ctypes.CDLL(None, use_errno=True)
+IPC_CREAT, IPC_EXCL, IPC_RMID = 0o1000, 0o2000, 0  # <sys/ipc.h>
 PIPES = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
 ORDINARY = 65534  # the user and group called nobody
-LIBC = ctypes.CDLL(None, use_errno=True)
 
 
 def prefs_text(entries):
     """A preference file: each value is a text, or XML where it begins with "<"."""
     body = "".join(f"<{key}>{value}</{key}>\n" for key, value in entries.items())
     return f'<?xml version="1.0" encoding="UTF-8" ?>\n<Preferences>\n{body}</Preferences>\n'
+
+
+def log_key(path):
+    """The key of the semaphore set that guards the log."""
+    return LIBC.ftok(bytes(path), 11)
 
 
 def check_schema(command, output):
@@ -146,9 +152,11 @@ class Tree:
         return {str(path): look(path) for path in [self.top, *self.top.rglob("*")]}
 
     def remove(self):
-        # The set that guards a log stays in the system.
-        for log in self.folder.glob("*.log"):
-            LIBC.semctl(LIBC.semget(LIBC.ftok(bytes(log), 11), 0, 0), 0, 0)
+        """With the semaphore sets of the logs, which a run leaves."""
+        for log in self.top.rglob("*.log"):
+            left = LIBC.semget(log_key(log), 0, 0)
+            if left != -1:
+                LIBC.semctl(left, 0, IPC_RMID)
         for folder in self.top.rglob("*"):
             if folder.is_dir() and not folder.is_symlink():
                 folder.chmod(0o700)
