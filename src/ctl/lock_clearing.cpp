@@ -25,17 +25,17 @@ bool IsOldEnough(const LockLook& lock) {
 
 // Why `lock` must stay; nothing where it may go.
 std::optional<Finding> FindObstacle(const LockLook& lock) {
-  const std::vector<platform::Process> runs = FindHolders(lock, FindRuns());
-  if (!runs.empty()) {
-    return Finding{Id::kLockInUse,
-                   *lock.path + " may be locked by wakerly, " + Describe(runs.front()) + "."};
-  }
   const bool is_old = IsOldEnough(lock);
   if (!esd::ResourceLocker::IsTaken(*lock.path)) {
     return Finding{Id::kLockGone, *lock.path + " is no longer locked."};
   }
   if (platform::FindSemaphoreOrigin(lock.semaphore) != lock.origin) {
     return Finding{Id::kLockReplaced, *lock.path + " was let go and locked again just now."};
+  }
+  const std::vector<platform::Process> holders = FindHolders(lock, FindRuns());
+  if (!holders.empty()) {
+    return Finding{Id::kLockInUse,
+                   *lock.path + " may be locked by wakerly, " + Describe(holders.front()) + "."};
   }
   if (is_old) return std::nullopt;
   return Finding{Id::kLockTooYoung,

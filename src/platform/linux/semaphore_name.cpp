@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
-#include <fstream>
+
+#include "platform/file_descriptor.h"
 
 namespace platform {
 namespace {
@@ -33,16 +35,16 @@ std::optional<SemaphoreOrigin> FindSemaphoreOrigin(const std::string& name) {
 // An open semaphore is mapped into memory: proc(5) gives device and inode of what is. The name that
 // it gives is the one that the file had while it was being made.
 bool MayHaveSemaphoreOpen(std::int64_t process, const std::string& name) {
+  constexpr std::size_t kLargest = 64U << 20U;
   struct stat status {};
-  std::ifstream maps("/proc/" + std::to_string(process) + "/maps");
-  if (!maps || !LookAt(name, status)) return true;
+  if (!LookAt(name, status)) return true;
+  const auto maps = ReadRegularFile("/proc/" + std::to_string(process) + "/maps", kLargest);
+  // One that is over has nothing open.
+  if (!maps) return errno != ENOENT && errno != ESRCH;
   std::array<char, 64> file{};
   std::snprintf(file.data(), file.size(), " %02x:%02x %ju ", major(status.st_dev),
                 minor(status.st_dev), static_cast<std::uintmax_t>(status.st_ino));
-  for (std::string line; std::getline(maps, line);) {
-    if (line.find(file.data()) != std::string::npos) return true;
-  }
-  return maps.bad();
+  return maps->find(file.data()) != std::string::npos;
 }
 
 }  // namespace platform
