@@ -2,6 +2,30 @@
 #ifndef CTL_IDENTIFIERS_H_
 #define CTL_IDENTIFIERS_H_
 
+/// The rows of one preference file, with what begins their enumerators, names and meanings.
+// clang-format off
+#define WAKERLYCTL_FILE_IDENTIFIERS(ID, Prefix, name, file)                                       \
+  ID(Prefix##Ok, name ".ok",                                                                      \
+     file " is well-formed, and has nothing that a program would stumble over.")                  \
+  ID(Prefix##NoFolder, name ".no-folder", file " has no folder.")                                 \
+  ID(Prefix##Missing, name ".missing", file " is missing: every key has its default.")            \
+  ID(Prefix##NotAFile, name ".not-a-file", file " is no file: every key has its default.")        \
+  ID(Prefix##Unreadable, name ".unreadable", file " cannot be read: every key has its default.")  \
+  ID(Prefix##Empty, name ".empty", file " is empty: every key has its default.")                  \
+  ID(Prefix##Malformed, name ".malformed",                                                        \
+     file " is no well-formed XML: every key has its default, and nothing can be saved.")         \
+  ID(Prefix##NoRoot, name ".no-root",                                                             \
+     file " has another root element: every key has its default, and the next save breaks it.")   \
+  ID(Prefix##UnknownKey, name ".unknown-key", file " holds a key that nothing reads.")            \
+  ID(Prefix##DoubledKey, name ".doubled-key", file " holds a key more than once: the first counts.")       \
+  ID(Prefix##BadValue, name ".bad-value",                                                         \
+     file " holds a value that is not of the type of its key.")                                   \
+  ID(Prefix##BreaksOnSave, name ".breaks-on-save",                                                \
+     file " will be no well-formed XML after the next save.")                                     \
+  ID(Prefix##ChangesOnSave, name ".changes-on-save",                                              \
+     file " holds a text that the next save changes.")
+// clang-format on
+
 /// One row for each identifier: its enumerator, its name, and what it means.
 // clang-format off
 #define WAKERLYCTL_IDENTIFIERS(ID)                                                                \
@@ -77,7 +101,65 @@
      "The lock is not removed: another one stands in its place meanwhile.")                       \
   ID(kLockNotRemovable, "lock.not-removable", "The system refuses to remove the lock.")           \
   ID(kLockGone, "lock.gone", "The lock was given back before it could be removed.")               \
-  ID(kLockRemoved, "lock.removed", "The lock was removed.")
+  ID(kLockRemoved, "lock.removed", "The lock was removed.")                                       \
+  WAKERLYCTL_FILE_IDENTIFIERS(ID, kPreferences, "preferences", "The user's preference file")      \
+  WAKERLYCTL_FILE_IDENTIFIERS(ID, kAdminPreferences, "administrator-preferences",                 \
+                              "The administrator's preference file")                              \
+  ID(kHomeOk, "home.ok", "The home folder is there and the user's own.")                          \
+  ID(kHomeUnknown, "home.unknown", "No home folder is known.")                                    \
+  ID(kHomeMissing, "home.missing", "The home folder is missing.")                                 \
+  ID(kHomeNotAFolder, "home.not-a-folder",                                                        \
+     "What stands in the place of the home folder is no folder.")                                 \
+  ID(kHomeNotOwned, "home.not-owned", "The home folder belongs to another user.")                 \
+  ID(kFolderOk, "folder.ok",                                                                      \
+     "The folder of the preferences is the user's own and can be written, or can be made.")       \
+  ID(kFolderNone, "folder.none", "There is no folder for the preferences, and none can be made.") \
+  ID(kFolderTemporary, "folder.temporary",                                                        \
+     "The home folder has no place for the preferences: they are in the temporary folder.")       \
+  ID(kFolderNotOwned, "folder.not-owned",                                                         \
+     "The folder of the preferences belongs to another user.")                                    \
+  ID(kFolderUnwritable, "folder.unwritable", "The folder of the preferences cannot be written.")  \
+  ID(kPreferencesUnwritable, "preferences.unwritable",                                            \
+     "The user's preference file cannot be written: nothing is saved.")                           \
+  ID(kStampOk, "stamp.ok", "No uninstall stamp outdates the preferences.")                        \
+  ID(kStampWipes, "stamp.wipes", "An uninstall stamp makes the next run remove the preferences.") \
+  ID(kAgentOk, "agent.ok", "The launch agent is there and so is its program.")                    \
+  ID(kAgentNone, "agent.none",                                                                    \
+     "There is no launch agent for scheduled checks, and none is recorded.")                      \
+  ID(kAgentNotInstalled, "agent.not-installed", "A launch agent of wakerly's own is missing.")    \
+  ID(kAgentMissing, "agent.missing",                                                              \
+     "The preferences record a launch agent for scheduled checks, and it is missing.")            \
+  ID(kAgentMalformed, "agent.malformed", "The launch agent is no property list with a label.")    \
+  ID(kAgentNoProgram, "agent.no-program", "The launch agent names no program.")                   \
+  ID(kAgentProgramMissing, "agent.program-missing",                                               \
+     "The program that the launch agent starts is missing.")                                      \
+  ID(kAgentProgramNotExecutable, "agent.program-not-executable",                                  \
+     "The program that the launch agent starts may not be executed by this user.")                \
+  ID(kAgentTimeDiffers, "agent.time-differs",                                                     \
+     "The launch agent starts at another time than the preferences say.")                         \
+  ID(kLogLevelBeyondScale, "log.level-beyond-scale",                                              \
+     "LogLevel is above 10, which logs less than 3 does.")                                        \
+  ID(kLogEndangersPreferences, "log.endangers-preferences",                                       \
+     "The name of the preference file begins like the log's: a roll-over removes it.")            \
+  ID(kLogRollsOver, "log.rolls-over",                                                             \
+     "The log has reached its size: the next run moves it to a backup.")                          \
+  ID(kLogSwitched, "log.switched", "A switch file turns the log up.")                             \
+  ID(kLogSwitchWithoutEffect, "log.switch-without-effect",                                        \
+     "A file is named like a switch of the log, and is none.")                                    \
+  ID(kLogKeepsBackups, "log.keeps-backups", "A file beside the log keeps all its backups.")       \
+  ID(kLogLockInUse, "log.lock-in-use", "A living process holds the log's lock.")                  \
+  ID(kLogLockStuck, "log.lock-stuck",                                                             \
+     "The log's lock is taken and no living process holds it: there is no log.")                  \
+  ID(kClockOk, "clock.ok", "The clock shows a date that can be.")                                 \
+  ID(kClockBehind, "clock.behind", "The clock shows a date before 2020.")                         \
+  ID(kLibraryLoads, "library.loads", "The client library loads and has all its entry points.")    \
+  ID(kLibraryDoesNotLoad, "library.does-not-load", "The loader refuses the client library.")      \
+  ID(kLibraryEntryPointMissing, "library.entry-point-missing",                                    \
+     "The client library loads and lacks an entry point.")                                        \
+  ID(kLibraryHangs, "library.hangs", "Loading the client library does not end.")                  \
+  ID(kLibraryCrashes, "library.crashes", "Loading the client library ends the process.")          \
+  ID(kLibraryNotTried, "library.not-tried",                                                       \
+     "No process could be started to load the client library.")
 // clang-format on
 
 namespace ctl {

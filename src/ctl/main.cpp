@@ -9,8 +9,10 @@
 #include <string>
 
 #include "ctl/answer.h"
+#include "ctl/doctor.h"
 #include "ctl/explain.h"
 #include "ctl/ids.h"
+#include "ctl/library_trial.h"
 #include "ctl/lock.h"
 #include "ctl/prefs.h"
 #include "driver/home_owner.h"
@@ -26,8 +28,10 @@ using ctl::Answer;
 struct CommandLine {
   bool as_json = false;
   ctl::ExplainOptions explain;
+  ctl::DoctorOptions doctor;
   ctl::LockOptions lock;
   std::optional<std::string> key;
+  std::string tried_library;
 };
 
 CLI::App* AddCommand(CLI::App& app, CommandLine& line, const char* name, const char* description) {
@@ -44,11 +48,17 @@ void AddCommands(CLI::App& app, CommandLine& line) {
       ->type_name("YYYY-MM-DD");
   AddCommand(app, line, "prefs", "All preferences, with where each value comes from")
       ->add_option("KEY", line.key, "This one alone");
+  CLI::App* const doctor =
+      AddCommand(app, line, "doctor", "What is wrong on this machine, and what to do about it");
+  doctor->add_flag("--load-library", line.doctor.loads_library,
+                   "Load the client library, too, in a process of its own");
   CLI::App* const lock = AddCommand(app, line, "lock", "Who holds the locks, and since when");
   CLI::Option* const clear = lock->add_flag("--clear", line.lock.clear,
                                             "Remove a preference file's lock that was left behind");
   lock->add_flag("--yes", line.lock.yes, "Do not ask before that")->needs(clear);
   AddCommand(app, line, "ids", "All identifiers, with their meaning");
+  CLI::App* const trial = app.add_subcommand(ctl::kTrialCommand)->group("");
+  trial->add_option("library", line.tried_library)->required();
 }
 
 int RunCommand(const std::string& name, const CommandLine& line) {
@@ -57,6 +67,8 @@ int RunCommand(const std::string& name, const CommandLine& line) {
     if (answer) return ctl::Print(*answer, line.as_json);
     return ctl::Refuse("--at: not a date of the form YYYY-MM-DD: " + *line.explain.at);
   }
+  if (name == "doctor") return ctl::Print(ctl::Examine(line.doctor), line.as_json);
+  if (name == ctl::kTrialCommand) ctl::LoadForTrial(line.tried_library);
   if (name == "lock") {
     ctl::LockOptions options = line.lock;
     options.as_json = line.as_json;

@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::uint32_t kNoBuffer = 120;
 constexpr std::uint32_t kNoFolder = 73;
-constexpr const char* kAgentFile = "com.vantre.VantreOrlanUpdater-1.0.plist";
 
 }  // namespace
 
@@ -35,7 +34,7 @@ std::optional<std::string> GetLaunchAgentPath(std::uint32_t& errorCode) {
   char path[1024];
   if (!GetLaunchAgentsFolder(errorCode, path, sizeof path, false)) return std::nullopt;
   const std::size_t length = std::strlen(path);
-  std::snprintf(path + length, sizeof path - length, "%s", kAgentFile);
+  std::snprintf(path + length, sizeof path - length, "%s", kLaunchAgentName);
   return path;
 }
 

@@ -9,6 +9,9 @@
 
 namespace esd {
 
+/// The name of the launch agent's property list.
+inline constexpr char kLaunchAgentName[] = "com.vantre.VantreOrlanUpdater-1.0.plist";
+
 /// Writes the path of the user's LaunchAgents folder, ending in "/" and not normalised, to the
 /// `bufferSize` bytes at `buffer`, cut where they end. False with `errorCode` 120 without a buffer
 /// and 73 when the folder is not found; else `errorCode` is 0.

@@ -1,0 +1,195 @@
+#include "ctl/doctor.h"
+
+#include <algorithm>
+#include <array>
+#include <boost/date_time/gregorian/formatters.hpp>
+#include <boost/date_time/gregorian/gregorian_types.hpp>
+#include <string>
+#include <utility>
+
+#include "ctl/agent_checks.h"
+#include "ctl/check.h"
+#include "ctl/folder_checks.h"
+#include "ctl/forecast.h"
+#include "ctl/library_trial.h"
+#include "ctl/lock_look.h"
+#include "ctl/log_checks.h"
+#include "ctl/prefs_checks.h"
+#include "ctl/program_forecast.h"
+#include "ctl/remedy.h"
+#include "esd/prefs/updater_folders.h"
+#include "esd/util/program_version.h"
+
+namespace ctl {
+namespace {
+
+using boost::gregorian::date;
+
+// By the number of the enumerator.
+constexpr const char* kGradeNames[] = {"ok", "note", "problem"};
+constexpr Tone kTones[] = {Tone::kGood, Tone::kNote, Tone::kBad};
+
+const char* NameOf(Grade grade) { return kGradeNames[static_cast<unsigned>(grade)]; }
+
+Check LookAtPrefsLock(LockedFile file, const std::string& path, bool is_held) {
+  const LockLook lock = LookAtLock(file, path, is_held);
+  if (!lock.is_held) return {Grade::kOk, Id::kLockFree, "Nobody holds the lock of " + path + "."};
+  std::string finding = path + " is locked";
+  const std::string origin = DescribeOrigin(lock);
+  if (!origin.empty()) finding += " " + origin;
+  const auto runs = FindHolders(lock, FindRuns());
+  finding += runs.empty() ? ", and no run lives that could hold it: it was left behind."
+                          : ", perhaps by " + Describe(runs.front()) + ".";
+  return {Grade::kBad, Id::kLockHeld, finding, "wakerlyctl lock --clear"};
+}
+
+void CheckPrefsFile(Checks& checks, LockedFile file, const PrefsView& view, bool is_locked) {
+  if (view.path()) checks.push_back(LookAtPrefsLock(file, *view.path(), is_locked));
+  CheckPrefs(checks, file, view);
+}
+
+Check LookAtStamp(const Forecast& run) {
+  const std::optional<std::string> stamp = esd::GetUninstallStampPath();
+  if (!run.wipes_preferences || !stamp) {
+    return {Grade::kOk, Id::kStampOk, "No uninstall stamp outdates the preferences."};
+  }
+  return {Grade::kNote, Id::kStampWipes,
+          *stamp +
+              " says that the updater was uninstalled since the preferences were written: the "
+              "next run removes " +
+              *run.preferences + ". To keep them, remove the stamp.",
+          Sudo() + "rm " + ShellWord(*stamp)};
+}
+
+Check LookAtUpdater(const Forecast::Updater& updater) {
+  const auto& [id, why] = updater.finding;
+  if (updater.enabled) return {Grade::kOk, id, why};
+  if (id == Id::kUpdaterSuppressed) return {Grade::kNote, id, why};
+  if (id == Id::kUpdaterLocked) return {Grade::kBad, id, why, "wakerlyctl lock --clear"};
+  return {Grade::kBad, id, why};
+}
+
+Check LookAtClock(const date& today) {
+  const std::string shown = "The clock shows " + to_iso_extended_string(today);
+  if (today.year() >= 2020) return {Grade::kOk, Id::kClockOk, shown + "."};
+  return {Grade::kBad, Id::kClockBehind,
+          shown + ", which has passed long since: no check is due. Set it."};
+}
+
+Check LookAtCheck(const Forecast::Check& check) {
+  const auto& [id, why] = check.finding;
+  switch (id) {
+    case Id::kCheckDue:
+    case Id::kCheckNotDue:
+      return {Grade::kOk, id, why};
+    case Id::kCheckNever:
+    case Id::kCheckNeverRun:
+    case Id::kCheckNotReached:
+      return {Grade::kNote, id, why};
+    case Id::kCheckInvalidTime:
+    case Id::kCheckNoDate:
+    case Id::kCheckInvalidDate:
+      return {Grade::kNote, id, why + " That ends when the updater has checked."};
+    case Id::kCheckDateAhead:
+      return {Grade::kBad, id, why + " No check is due before; is the clock right?", "wakerly"};
+    case Id::kCheckPreferencesLocked:
+      return {Grade::kBad, id, why, "wakerlyctl lock --clear"};
+    default:
+      return {Grade::kBad, id, why};
+  }
+}
+
+Check LookAtNotifier(const std::optional<std::string>& path) {
+  const Forecast::Notifier notifier = ForecastNotifier(path, true);
+  const auto& [id, why] = notifier.finding;
+  if (notifier.would_start) return {Grade::kOk, id, why};
+  if (id == Id::kNotifierSuiteInstalled) {
+    return {Grade::kNote, id, why + " It takes over: the notifier is not started."};
+  }
+  if (id == Id::kNotifierNotExecutable) {
+    return {Grade::kBad, id, why, GiveToAll(*path, "x")};
+  }
+  return {Grade::kBad, id, why + " Install the updater again."};
+}
+
+Check LookAtLibrary(const Forecast::Library& library) {
+  const auto& [id, why] = library.finding;
+  if (library.usable) return {Grade::kOk, id, why};
+  if (id == Id::kLibraryUnreadable) {
+    return {Grade::kBad, id, why, GiveToAll(library.path, "r")};
+  }
+  return {Grade::kBad, id, why + " Install the updater again."};
+}
+
+Checks LookAtEverything(const DoctorOptions& options) {
+  const date today = boost::gregorian::day_clock::local_day();
+  const Forecast run = ForecastRun(false, today);
+  const PrefsView user(run.preferences);
+  const PrefsView administrator(run.administrator_preferences);
+  Checks checks;
+  CheckFolders(checks);
+  CheckPrefsFile(checks, LockedFile::kUser, user, run.log.finding.id == Id::kLogPreferencesLocked);
+  checks.push_back(LookAtStamp(run));
+  CheckAgents(checks, user);
+  CheckLog(checks, run.log, run.preferences);
+  CheckPrefsFile(checks, LockedFile::kAdministrator, administrator,
+                 run.updater.finding.id == Id::kUpdaterLocked);
+  checks.push_back(LookAtUpdater(run.updater));
+  checks.push_back(LookAtClock(today));
+  checks.push_back(LookAtCheck(run.check));
+  checks.push_back(LookAtNotifier(run.notifier.path));
+  checks.push_back(LookAtLibrary(run.library));
+  if (options.loads_library && run.library.usable) checks.push_back(TryLibrary(run.library.path));
+  return checks;
+}
+
+Grade Worst(const Checks& checks) {
+  Grade worst = Grade::kOk;
+  for (const Check& check : checks) worst = std::max(worst, check.grade);
+  return worst;
+}
+
+std::string Count(const Checks& checks) {
+  std::array<int, 3> counts{};
+  for (const Check& check : checks) ++counts[static_cast<unsigned>(check.grade)];
+  const auto plural = [](int count, const std::string& noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+  };
+  return plural(static_cast<int>(checks.size()), "check") + ": " + std::to_string(counts[0]) +
+         " ok, " + plural(counts[1], "note") + ", " + plural(counts[2], "problem");
+}
+
+Page ToPage(const Checks& checks) {
+  Page page;
+  for (const Check& check : checks) {
+    page.AddRow(NameOf(check.grade), kTones[static_cast<unsigned>(check.grade)],
+                check.finding + " [" + NameOf(check.id) + "]");
+    if (check.remedy) page.AddVerbatim(*check.remedy);
+  }
+  page.AddTitle(Count(checks));
+  return page;
+}
+
+Value ToValue(const Checks& checks) {
+  Value::Array list;
+  for (const Check& check : checks) {
+    list.push_back(Value::Object{{"id", NameOf(check.id)},
+                                 {"status", NameOf(check.grade)},
+                                 {"finding", check.finding},
+                                 {"remedy", check.remedy}});
+  }
+  return Value::Object{{"schema", 1},
+                       {"version", esd::ProgramVersion()},
+                       {"status", NameOf(Worst(checks))},
+                       {"checks", std::move(list)}};
+}
+
+}  // namespace
+
+Answer Examine(const DoctorOptions& options) {
+  const Checks checks = LookAtEverything(options);
+  const int status = Worst(checks) == Grade::kBad ? kProblem : kDone;
+  return {ToPage(checks), ToValue(checks), status};
+}
+
+}  // namespace ctl

@@ -1,0 +1,48 @@
+#include "ctl/remedy.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "ctl/user_name.h"
+
+namespace ctl {
+namespace {
+
+// The bits that chmod(1) calls `rights` for the owner.
+mode_t OwnerBits(const std::string& rights) {
+  mode_t bits = 0;
+  for (const char right : rights) bits |= right == 'r' ? S_IRUSR : right == 'w' ? S_IWUSR : S_IXUSR;
+  return bits;
+}
+
+}  // namespace
+
+std::string ShellWord(const std::string& text) {
+  std::string word = "'";
+  for (const char c : text) word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return word + "'";
+}
+
+std::string Sudo() { return geteuid() == 0 ? "" : "sudo "; }
+
+std::string SetAside(const std::string& path) {
+  return "mv " + ShellWord(path) + " " + ShellWord(path) + ".aside-\"$(date +%Y%m%d%H%M%S)\"";
+}
+
+std::optional<std::string> GiveToUser(const std::string& path, const std::string& rights) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return std::nullopt;
+  const mode_t bits = OwnerBits(rights);
+  const std::string chmod = "chmod u+" + rights + " " + ShellWord(path);
+  const bool lacks_rights = (status.st_mode & bits) != bits;
+  if (status.st_uid == geteuid()) return lacks_rights ? std::optional(chmod) : std::nullopt;
+  const std::string chown =
+      Sudo() + "chown " + ShellWord(UserName(geteuid())) + " " + ShellWord(path);
+  return lacks_rights ? chown + " && " + chmod : chown;
+}
+
+std::string GiveToAll(const std::string& path, const std::string& rights) {
+  return Sudo() + "chmod a+" + rights + " " + ShellWord(path);
+}
+
+}  // namespace ctl

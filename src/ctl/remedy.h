@@ -1,0 +1,30 @@
+// Remedies: commands for a POSIX shell, for somebody to paste. None is run here.
+#ifndef CTL_REMEDY_H_
+#define CTL_REMEDY_H_
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+
+namespace ctl {
+
+/// `text` as one word of the shell.
+std::string ShellWord(const std::string& text);
+
+/// "sudo ", or nothing for root.
+std::string Sudo();
+
+/// Renames what stands at `path` to a name that is free.
+std::string SetAside(const std::string& path);
+
+/// Makes `path` this user's own, with the rights `rights` of chmod(1), such as "rw". Nothing where
+/// it is missing, or has both already.
+std::optional<std::string> GiveToUser(const std::string& path, const std::string& rights);
+
+/// Gives everybody the rights `rights` on `path`, which is the machine's.
+std::string GiveToAll(const std::string& path, const std::string& rights);
+
+}  // namespace ctl
+
+#endif  // CTL_REMEDY_H_
