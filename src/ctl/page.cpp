@@ -75,6 +75,14 @@ void AppendText(std::string& page, const std::string& text, std::size_t indent,
   }
 }
 
+// What stands between a label and its text. On a terminal the text begins at `indent`, on the next
+// line where the label reaches beyond.
+void AppendGap(std::string& page, std::size_t label, std::size_t indent, const Display& display) {
+  const bool fits = label + kGap <= indent;
+  if (display.is_terminal && !fits) page += '\n';
+  page.append(!display.is_terminal ? kGap : fits ? indent - label : indent, ' ');
+}
+
 }  // namespace
 
 std::string Printable(std::string text) {
@@ -124,9 +132,7 @@ std::string Page::Render(const Display& display) const {
         break;
       case Kind::kRow:
         page += Coloured(label, line.tone, display);
-        page.append(display.is_terminal && Columns(label) < widest ? widest - Columns(label) : 0,
-                    ' ');
-        if (!text.empty()) page.append(kGap, ' ');
+        if (!text.empty()) AppendGap(page, Columns(label), indent, display);
         AppendText(page, text, indent, display);
         break;
       case Kind::kDetail:
