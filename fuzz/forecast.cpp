@@ -1,7 +1,7 @@
 // Preference files of any bytes, the user's and the administrator's, on any day: a forecast that
 // changes no file, whose level, check and updater are what a store and the rules of a run make of
-// the same files, and whose JSON and page can be printed. Input: the day, or a line that is none for
-// a scheduled run, then the user's file up to a line of "%", then the administrator's.
+// the same files, and whose JSON and page can be printed. Input: the day, or a line that is none
+// for a scheduled run, then the user's file up to a line of "%", then the administrator's.
 #include "ctl/forecast.h"
 
 #include <boost/date_time/gregorian/gregorian_types.hpp>
