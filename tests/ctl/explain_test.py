@@ -19,7 +19,8 @@ import unittest
 import xml.etree.ElementTree
 from typing import Callable
 
-from tree import IPC_CREAT, IPC_EXCL, LIBC, Tree, TreeTest, log_key, prefs_text
+from tree import (IPC_CREAT, IPC_EXCL, LIBC, WAKERLY, WAKERLYCTL, Tree, TreeTest, log_key,
+                  prefs_text)
 
 IS_ROOT = os.geteuid() == 0
 LIBC.sem_open.restype = ctypes.c_void_p
@@ -50,7 +51,6 @@ class Row:
 
 
 FULL = "log.written updater.enabled check.due notifier.starts library.usable"
-NOT_DUE = "check.not-due notifier.not-due"
 
 
 def ids_of(row):
@@ -76,9 +76,9 @@ def decision_rows():
                 (tree.suite / "Contents").mkdir(parents=True)
             if not has_path:
                 shutil.rmtree(tree.support)
-        yield Row(f"scheduled {scheduled}, notifier's path {has_path}, due {due}, suite {suite}", ids,
-                  {"LastDateCheck": f"2024-03-{30 if due else 31}T10:00:00"}, stage=stage,
-                  scheduled=scheduled)
+        last = {"LastDateCheck": f"2024-03-{30 if due else 31}T10:00:00"}
+        yield Row(f"scheduled {scheduled}, notifier's path {has_path}, due {due}, suite {suite}",
+                  ids, last, stage=stage, scheduled=scheduled)
 
 
 def due_rows():
@@ -116,7 +116,8 @@ def due_rows():
 
 def semaphore(path):
     """The name of a preference file's lock."""
-    return "/" + base64.b64encode(hashlib.md5(str(path).encode()).digest()).decode().replace("/", "_")
+    digest = hashlib.md5(bytes(path)).digest()
+    return "/" + base64.b64encode(digest).decode().replace("/", "_")
 
 
 def leave_locked(tree, path):
@@ -133,7 +134,8 @@ def admin_rows():
                                ("Suppressed unreadable", {"Suppressed": "yes"}, "unreadable"),
                                ("Suppressed empty", {"Suppressed": ""}, "enabled"),
                                ("malformed", "<Preferences><Suppressed>1</Suppressed>", "enabled"),
-                               ("of another root", "<Other><Suppressed>1</Suppressed></Other>", "enabled")):
+                               ("of another root", "<Other><Suppressed>1</Suppressed></Other>",
+                                "enabled")):
         yield Row(f"administrator's file: {name}", f"updater.{found}", admin=admin)
     yield Row("administrator's file locked", "updater.preferences-locked",
               stage=lambda tree: leave_locked(tree, tree.admin_prefs))
@@ -149,18 +151,21 @@ def make_denied(tree):
     raise AssertionError("no key is free")
 
 
-def mount_full(tree):
-    """Puts the log on a disk of its own, where nothing fits any more."""
+def can_mount():
+    return subprocess.run(["unshare", "--mount", "mount", "-t", "tmpfs", "none", "/mnt"],
+                          check=False).returncode == 0
+
+
+def put_on_full_disk(tree):
+    """Gives the log a disk of its own where nothing fits any more; no other program sees it."""
     folder = tree.top / "full"
     folder.mkdir()
-    subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "none", folder], check=True)
-    tree.at_end.callback(subprocess.run, ["umount", folder], check=True)
-    with open(folder / "filler", "wb", buffering=0) as filler:
-        try:
-            while filler.write(bytes(4096)):
-                pass
-        except OSError:
-            pass
+    script = (f"mount -t tmpfs -o size=64k none {folder}\n"
+              f"cat /dev/zero > {folder}/filler 2> /dev/null || true\n" 'exec "$0" "$@"')
+    for program in (WAKERLY, WAKERLYCTL):
+        start = f"#! /bin/sh\nexec unshare --mount sh -ec '{script}' {program} \"$@\"\n"
+        tree.programs[program] = tree.write(tree.top / program.name, start)
+        tree.programs[program].chmod(0o755)
     change(tree, StartupLogFile=folder / "x.log")
 
 
@@ -183,7 +188,8 @@ def log_rows():
             ("in a missing folder", "logs/my.log", bad, lambda tree: None),
             ("a folder", "logs", bad, lambda tree: (tree.top / "logs").mkdir()),
             ("a pipe", "pipe", bad, lambda tree: os.mkfifo(tree.top / "pipe")),
-            ("there before", "my.log", "", lambda tree: tree.write(tree.top / "my.log", "before\n"))):
+            ("there before", "my.log", "",
+             lambda tree: tree.write(tree.top / "my.log", "before\n"))):
         def put(tree, path=path, stage=stage):
             stage(tree)
             change(tree, StartupLogFile=tree.top / path)
@@ -193,13 +199,15 @@ def log_rows():
               stage=lambda tree: deny_writing(tree.folder))
     yield Row("log that cannot be written", bad, ordinary=True,
               stage=lambda tree: deny_writing(tree.write(tree.log)))
-    yield Row("preferences locked", "log.preferences-locked check.preferences-locked notifier.not-due",
-              {"LogLevel": 3}, stage=lambda tree: leave_locked(tree, tree.prefs))
+    locked = "log.preferences-locked check.preferences-locked notifier.not-due"
+    yield Row("preferences locked", locked, {"LogLevel": 3},
+              stage=lambda tree: leave_locked(tree, tree.prefs))
     yield Row("preferences locked, scheduled", "log.preferences-locked check.not-asked",
               stage=lambda tree: leave_locked(tree, tree.prefs), scheduled=True)
     if IS_ROOT:
         yield Row("log's lock denied", "log.lock-denied", ordinary=True, stage=make_denied)
-        yield Row("log on a full disk", "log.disk-full", stage=mount_full)
+    if IS_ROOT and can_mount():
+        yield Row("log on a full disk", "log.disk-full", stage=put_on_full_disk)
 
 
 def for_another_processor(path):
@@ -242,7 +250,8 @@ def program_rows():
             ("unreadable", "unreadable", lambda path: path.chmod(0o333))):
         yield Row(f"library {name}", f"library.{found}", ordinary=name == "unreadable",
                   stage=lambda tree, stage=stage: stage(tree.library))
-    yield Row("suite is a file", "notifier.suite-installed", stage=lambda tree: tree.install(tree.suite))
+    yield Row("suite is a file", "notifier.suite-installed",
+              stage=lambda tree: tree.install(tree.suite))
     yield Row("suite is a link to nothing",
               stage=lambda tree: (tree.install(tree.suite), tree.suite.unlink(),
                                   tree.suite.symlink_to("gone")))
@@ -257,15 +266,17 @@ def file_rows():
                           ("absent", ABSENT)):
         yield Row(f"file {name}", never_run, content)
     yield Row("file unreadable", never_run, ordinary=True, stage=lambda tree: tree.prefs.chmod(0))
-    yield Row("file is a folder", never_run, ABSENT, stage=lambda tree: tree.prefs.mkdir(parents=True))
+    yield Row("file is a folder", never_run, ABSENT,
+              stage=lambda tree: tree.prefs.mkdir(parents=True))
     yield Row("file with a key twice", "", prefs_text(ENTRIES | {"LogLevel": 4}).replace(
         "</Preferences>", "<LogLevel>loud</LogLevel></Preferences>"))
 
     def stamp(text, then=lambda tree: None):
         return lambda tree: (tree.write(tree.stamp, text), then(tree))
     known = {"uninstallts": "old", "LogLevel": 3}
-    for name, entries, text, ids in (("new", known, "new", never_run), ("known", known, " old\n", ""),
-                                     ("blank", known, " \n", ""), ("first", {}, "new", never_run)):
+    for name, entries, text, ids in (("new", known, "new", never_run),
+                                     ("known", known, " old\n", ""), ("blank", known, " \n", ""),
+                                     ("first", {}, "new", never_run)):
         yield Row(f"stamp {name}", ids, entries, stage=stamp(text))
     yield Row("stamp without preferences", never_run, ABSENT, stage=stamp("new"))
     yield Row("stamp new, file malformed", never_run, whole + "<", stage=stamp("new"))
@@ -288,7 +299,8 @@ def file_rows():
     for name, needed, added, ids in (("obsolete", 0, 1, never), ("needed", 1, 1, ""),
                                      ("needed by default", None, 1, ""), ("not added", 0, 0, ""),
                                      ("not added by default", 0, None, ""),
-                                     ("need unreadable", "so", 1, ""), ("added unreadable", 0, "so", "")):
+                                     ("need unreadable", "so", 1, ""),
+                                     ("added unreadable", 0, "so", "")):
         entries = {"IsScheduledTaskNeeded": needed, "IsScheduledTaskAdded": added}
         yield Row(f"agent missing, record {name}", ids, entries, stage=without_agent)
     yield Row("agent empty, record obsolete", never, obsolete,
@@ -307,19 +319,20 @@ def home_rows():
             then(tree)
         return stage
     yield Row("home missing", never_run, ABSENT, stage=move("new/home"))
-    yield Row("home a file", never_run, ABSENT, stage=move("new", lambda tree: tree.write(tree.top / "new")))
-    yield Row("home and temporary folder unusable",
-              "log.no-folder check.no-folder notifier.not-due", ABSENT,
-              stage=move("new", lambda tree: (tree.write(tree.top / "new"),
-                                              tree.write(tree.root / "tmp"))))
-    yield Row("home read-only", never_run, ABSENT, ordinary=True,
-              stage=move("new", lambda tree: ((tree.top / "new").mkdir(),
-                                              deny_writing(tree.top / "new"))))
-    yield Row("temporary folder of ours writable for others",
-              "log.no-folder check.no-folder notifier.not-due", ABSENT, stage=move(
-                  "new", lambda tree: (tree.write(tree.top / "new"),
-                                       (tree.root / "tmp/Vantre").mkdir(parents=True),
-                                       (tree.root / "tmp/Vantre").chmod(0o777))))
+    no_folder = "log.no-folder check.no-folder notifier.not-due"
+    for name, ids, stage, ordinary in (
+            ("a file", never_run, lambda tree: tree.write(tree.top / "new"), False),
+            ("a link to nothing", never_run,
+             lambda tree: (tree.top / "new").symlink_to("gone/further"), False),
+            ("read-only", never_run,
+             lambda tree: ((tree.top / "new").mkdir(), deny_writing(tree.top / "new")), True),
+            ("a file, as is the temporary folder", no_folder,
+             lambda tree: (tree.write(tree.top / "new"), tree.write(tree.root / "tmp")), False),
+            ("a file, and our temporary folder open to all", no_folder,
+             lambda tree: (tree.write(tree.top / "new"),
+                           (tree.root / "tmp/Vantre").mkdir(parents=True),
+                           (tree.root / "tmp/Vantre").chmod(0o777)), False)):
+        yield Row(f"home {name}", ids, ABSENT, stage=move("new", stage), ordinary=ordinary)
     if IS_ROOT:
         yield Row("root with another user's home", stage=Tree.give_away)
 
@@ -346,8 +359,8 @@ def logs_of(tree):
     return {path: path.read_bytes().count(BANNER) for path in files}
 
 
-def left_behind(tree):
-    """The semaphores of the tree: their names, and the key of the log's set."""
+def locks_of(tree):
+    """The semaphores of the preference files, and the logs that have a set of semaphores."""
     names = [semaphore(path)[1:] for path in (tree.prefs, tree.admin_prefs)]
     keys = {line.split()[0] for line in pathlib.Path("/proc/sysvipc/sem").read_text().splitlines()}
     logs = [str(path) for path in logs_of(tree) if str(log_key(path)) in keys]
@@ -383,7 +396,7 @@ def done_of(tree, row, before, run, said):
     logs = [path for path, count in logs_of(tree).items() if count > before.logs.get(path, 0)]
     done = {
         "log": [str(path) for path in logs], "exit status": run.returncode,
-        "standard error": next((text for text in REASONS.values() if text in run.stderr), run.stderr),
+        "standard error": next((why for why in REASONS.values() if why in run.stderr), run.stderr),
         "last check replaced": after.get("LastDateCheck") == row.today,
         "notifier started": (tree.top / "notified").exists(),
         "library loaded": (tree.top / "asked").exists(),
@@ -404,13 +417,14 @@ def done_of(tree, row, before, run, said):
 
 
 def told_by(path):
-    """What the log's lines tell; at level 1 nothing."""
+    """What the log's lines tell, which at level 1 is no more than that there is a log."""
     text = path.read_text()
     if "cmdline option: -logLevel = " not in text:
-        return {}
-    due = True if "Window is Elapsed" in text else False if "Window is NOT Elapsed" in text else None
-    return {"level": int(text.split("cmdline option: -logLevel = ")[1].split()[0]), "due": due,
-            "enabled": "WARNING - Updater is NOT enabled." not in text}
+        return {"level": 1}
+    due = {"Window is Elapsed": True, "Window is NOT Elapsed": False}
+    return {"level": int(text.split("cmdline option: -logLevel = ")[1].split()[0]),
+            "due": next((is_due for line, is_due in due.items() if line in text), None),
+            "enabled": "UCIsUpdaterEnabled : UpdaterIsEnabled." in text}
 
 
 def found_setting(setting, before, is_wiped, prefs):
@@ -433,36 +447,34 @@ def found_setting(setting, before, is_wiped, prefs):
     return {"key": key, "value": found, "source": source}
 
 
-def stage(row):
-    tree = Tree()
-    tree.at_end = contextlib.ExitStack()
-    tree.at_end.callback(tree.remove)
+def stage(row, tree):
     tree.set_today(datetime.date.fromisoformat(row.today))
     tree.install(tree.notifier, tree.library, tree.agent)
     (tree.home / "Library/Preferences").mkdir()  # beside which a run looks for the agent
     if row.prefs is not ABSENT:
         entries = row.prefs
         if isinstance(entries, dict):
-            entries = {key: value for key, value in (ENTRIES | entries).items() if value is not None}
+            entries = {key: text for key, text in (ENTRIES | entries).items() if text is not None}
         tree.write(tree.prefs, entries)
     if row.admin is not ABSENT:
         tree.write(tree.admin_prefs, row.admin)
     row.stage(tree)
     if row.ordinary:
         tree.become_ordinary()
-    return tree
 
 
 def differences(row):
     """What explain says of the row, does and should not, or what the run does otherwise."""
     mode = {True: ["-mode=scheduled"], False: []}[row.scheduled]
-    tree = stage(row)
-    with tree.at_end:
-        before, state, left = Before(tree), tree.state(), left_behind(tree)
+    tree = Tree()
+    with contextlib.ExitStack() as tree.at_end:
+        tree.at_end.callback(tree.remove)
+        stage(row, tree)
+        before, state, locks = Before(tree), tree.state(), locks_of(tree)
         said = tree.ctl_json("explain", *(["--scheduled"] if row.scheduled else []))
         changed = {path for path, _ in state.items() ^ tree.state().items()}
         found = [f"explain changed {path}" for path in sorted(changed)]
-        found += [f"explain left behind {name}" for name in set(left_behind(tree)) - set(left)]
+        found += [f"explain made or removed {name}" for name in set(locks_of(tree)) ^ set(locks)]
         kinds = ("log", "updater", "check", "notifier", "library")
         ids = [said[kind]["id"] for kind in kinds]
         found += [f"explain gives {given}, expected {wanted}: {said[kind]['why']}"
@@ -489,7 +501,8 @@ class ExplainTest(TreeTest):
         for _ in range(150):
             last = datetime.date(2019, 12, 31) + datetime.timedelta(chance.randrange(2000))
             frequency = chance.choice((0, 1, 2, 99))
-            today = last + datetime.timedelta(chance.choice((0, 1, 6, 7, 8, 27, 28, 29, 30, 31, 32)))
+            days = chance.choice((0, 1, 6, 7, 8, 27, 28, 29, 30, 31, 32))
+            today = last + datetime.timedelta(days)
             tree.write(tree.prefs, {"LastDateCheck": f"{last}T10:00:00",
                                     "UpdaterPrefSchedCheckFreq": frequency})
 
