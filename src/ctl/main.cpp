@@ -14,6 +14,7 @@
 #include "ctl/ids.h"
 #include "ctl/library_trial.h"
 #include "ctl/lock.h"
+#include "ctl/log.h"
 #include "ctl/prefs.h"
 #include "driver/home_owner.h"
 #include "driver/standard_streams.h"
@@ -25,11 +26,14 @@ namespace {
 
 using ctl::Answer;
 
+constexpr int kMostRuns = 1'000'000;
+
 struct CommandLine {
   bool as_json = false;
   ctl::ExplainOptions explain;
   ctl::DoctorOptions doctor;
   ctl::LockOptions lock;
+  ctl::LogOptions log;
   std::optional<std::string> key;
   std::string tried_library;
 };
@@ -56,6 +60,12 @@ void AddCommands(CLI::App& app, CommandLine& line) {
   CLI::Option* const clear = lock->add_flag("--clear", line.lock.clear,
                                             "Remove a preference file's lock that was left behind");
   lock->add_flag("--yes", line.lock.yes, "Do not ask before that")->needs(clear);
+  CLI::App* const log = AddCommand(app, line, "log", "The lines of the last run, and its outcome");
+  log->add_option("--runs", line.log.runs, "How many runs")
+      ->type_name("NUMBER")
+      ->check(CLI::Range(1, kMostRuns));
+  log->add_flag("--follow", line.log.follow, "Go on with what comes")
+      ->excludes(log->get_option("--json"));
   AddCommand(app, line, "ids", "All identifiers, with their meaning");
   CLI::App* const trial = app.add_subcommand(ctl::kTrialCommand)->group("");
   trial->add_option("library", line.tried_library)->required();
@@ -74,6 +84,7 @@ int RunCommand(const std::string& name, const CommandLine& line) {
     options.as_json = line.as_json;
     return ctl::Print(options.clear ? ctl::ClearLocks(options) : ctl::ShowLocks(), line.as_json);
   }
+  if (name == "log") return ctl::Print(ctl::ShowLog(line.log), line.as_json);
   if (name == "prefs") return ctl::Print(ctl::ShowPrefs(line.key), line.as_json);
   return ctl::Print(ctl::ListIdentifiers(), line.as_json);
 }

@@ -122,7 +122,7 @@ void OpenLog(LogSettings& settings) {
   if (settings.path.empty()) {
     settings.path = esd::GetUpdaterPrefsFile(esd::kUpdaterLogName).value_or("");
   }
-  esd::InitUpdaterLog(settings.path, settings.level, "", "UPDATER", "WAKERLY");
+  esd::InitUpdaterLog(settings.path, settings.level, "", kLogComponent, kLogSubComponent);
   esd::UpdaterLogNullable(esd::kBannerLevel, "Application Version: ", esd::ProgramVersion());
   esd::UpdaterLogValue(esd::kMessageLevel, "cmdline option: -logFile", settings.path);
   esd::UpdaterLogInt(esd::kMessageLevel, "cmdline option: -logLevel", settings.level);

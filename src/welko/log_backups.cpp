@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 #include <vector>
 
@@ -66,6 +67,16 @@ std::vector<std::string> ListTree(std::string folder) {
   return entries;
 }
 
+constexpr char kTimePattern[] = "dddd-dd-dd dd-dd-dd";  // of BackupPath; d is a digit
+
+// Whether `text` begins like the time in a backup's name. It is no shorter.
+bool HasTimePattern(const std::string& text) {
+  return std::equal(std::begin(kTimePattern), std::end(kTimePattern) - 1, text.begin(),
+                    [](char expected, char found) {
+                      return expected == 'd' ? found >= '0' && found <= '9' : found == expected;
+                    });
+}
+
 FileDescriptor OpenFolder(int parent, const std::string& path, int flags) {
   return FileDescriptor(openat(parent, path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
 }
@@ -89,6 +100,20 @@ void RemoveBelow(const FileDescriptor& top, const std::string& entry) {
 std::string BackupPath(const std::string& path, std::int64_t seconds) {
   return WithoutPathExtension(path) + " " + FormatLocalTime("%Y-%m-%d %H-%M-%S", seconds) +
          PathExtension(path);
+}
+
+std::vector<std::string> FindBackups(const std::string& path) {
+  const std::string begin = WithoutPathExtension(LastPathComponent(path)) + " ";
+  const std::string end = PathExtension(path);
+  const std::string folder = WithoutLastPathComponent(path);
+  std::vector<std::string> backups;
+  for (const std::string& name : ListTree(folder)) {
+    if (name.size() != begin.size() + std::size(kTimePattern) - 1 + end.size()) continue;
+    if (!name.starts_with(begin) || !name.ends_with(end)) continue;
+    if (HasTimePattern(name.substr(begin.size()))) backups.push_back(folder + "/" + name);
+  }
+  std::sort(backups.begin(), backups.end());
+  return backups;
 }
 
 bool MoveLogText(const std::string& path, const std::string& backup) {

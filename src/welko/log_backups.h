@@ -6,11 +6,15 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace welko {
 
 /// The path of a backup of the log `path` made at `seconds` since the epoch.
 std::string BackupPath(const std::string& path, std::int64_t seconds);
+
+/// The paths of the backups of the log `path` that are there, the oldest first.
+std::vector<std::string> FindBackups(const std::string& path);
 
 /// Moves the text of the log `path` to a new file `backup` and leaves the log empty. False, with
 /// the log as it was, when the backup exists already or cannot be written whole; a part of it is

@@ -91,7 +91,7 @@ bool InitUpdaterLog(const std::string& logFilePath, int level, const std::string
   g_log.component = component;
   g_log.sub_component = subComponent;
   const auto size = platform::SizeOf(logFilePath);
-  UpdaterLog(kBannerLevel, ">>> Vantre Updater Log Begin >>>");
+  UpdaterLog(kBannerLevel, kBannerMessage);
   // A target drops without a word what its disk or its lock does not take.
   const bool is_taken = platform::SizeOf(logFilePath) != size;
   const bool has_its_name =

@@ -19,6 +19,9 @@ inline constexpr int kMessageLevel = 2;  ///< ordinary messages
 inline constexpr int kStepLevel = 3;     ///< the begin and the end of a step
 ///@}
 
+/// The message of the banner line, with which each run begins.
+inline constexpr char kBannerMessage[] = ">>> Vantre Updater Log Begin >>>";
+
 /// Starts the log at verbosity `level` in the file `logFilePath` with the banner line; the three
 /// texts stand in every line. False when `level` is below 1 (then there is no log at all), or when
 /// the path names no folder (then the log goes to the target's default file).
