@@ -3,6 +3,7 @@
 import datetime
 import os
 import re
+import select
 import subprocess
 import time
 import unittest
@@ -70,6 +71,7 @@ class LogTest(TreeTest):
                 self.assertEqual(run["lines"], machine.log.read_text().splitlines()[-len(run["lines"]):])
                 told = datetime.datetime.fromisoformat(run["time"]).timestamp()
                 self.assertTrue(begun <= told <= time.time(), run["time"])
+        machine.write(machine.prefs, due)
         machine.write(machine.admin_prefs, {"Suppressed": "1"})
         machine.library.unlink()
         machine.run()
@@ -133,17 +135,16 @@ class LogTest(TreeTest):
     def test_follows_what_comes_and_the_log_that_rolls_over(self):
         self.write_log(*run_of(1))
         follower = subprocess.Popen([WAKERLYCTL, "log", "--follow"], env=self.machine.environment,
-                                    stdout=subprocess.PIPE, text=True)
-        os.set_blocking(follower.stdout.fileno(), False)
-        self.addCleanup(follower.stdout.close)
+                                    stdout=subprocess.PIPE)
+        self.addCleanup(follower.kill)
         printed = ""
 
         def expect(text):
             nonlocal printed
             deadline = time.monotonic() + SECONDS
             while text not in printed and time.monotonic() < deadline:
-                printed += follower.stdout.read() or ""
-                time.sleep(0.01)
+                if select.select([follower.stdout], [], [], 1)[0]:
+                    printed += os.read(follower.stdout.fileno(), 65536).decode()
             self.assertIn(text, printed)
             printed = printed[printed.index(text) + len(text):]
 
