@@ -22,8 +22,7 @@ namespace {
 
 class Follower {
  public:
-  Follower(std::string path, LogTail tail)
-      : path_(std::move(path)), tail_(std::move(tail)), stamp_(platform::StampOf(path_)) {
+  Follower(std::string path, LogTail tail) : path_(std::move(path)), tail_(std::move(tail)) {
     for (const LogRun& run : tail_.splitter.runs()) printed_.push_back(run.lines.size());
     if (!printed_.empty()) shown_ = printed_.size() - 1;
     const std::vector<std::string> backups = welko::FindBackups(path_);
@@ -32,33 +31,42 @@ class Follower {
 
   // Prints what has come since the last look. False when that cannot be written.
   bool Look() {
-    const std::optional<platform::FileStamp> stamp = platform::StampOf(path_);
-    if (!stamp) return true;
-    const bool is_other =
-        !stamp_ || stamp->inode != stamp_->inode || stamp->device != stamp_->device;
-    const auto size = static_cast<std::int64_t>(stamp->size);
-    stamp_ = stamp;
-    if (is_other || size < tail_.size) {
-      TakeFromBackup();
-      tail_.size = 0;
+    if (SizeOf(tail_.log) < tail_.size) TakeFromBackup();
+    TakeFrom(tail_.log);
+    if (IsReplaced()) {
+      Restart();
+      tail_.log = platform::OpenRegularFile(path_);
+      TakeFrom(tail_.log);
     }
-    if (size > tail_.size) TakeFrom(path_);
-    const std::string text = std::exchange(page_, Page()).Render(StandardDisplay());
-    return WriteOutput(text);
+    return WriteOutput(std::exchange(page_, Page()).Render(StandardDisplay()));
   }
 
  private:
-  // What the log had before it rolled over, and nobody had read.
-  void TakeFromBackup() {
-    const std::vector<std::string> backups = welko::FindBackups(path_);
-    if (!backups.empty() && newest_backup_ != backups.back()) TakeFrom(backups.back());
-    newest_backup_ = backups.empty() ? "" : backups.back();
+  // Whether the path leads to another file than the one that is open, and whose number nobody else
+  // gets while it is.
+  bool IsReplaced() const {
+    const std::optional<platform::FileStamp> found = platform::StampOf(path_);
+    const std::optional<platform::FileStamp> own = platform::StampOf(tail_.log.number());
+    return found && (!own || found->inode != own->inode || found->device != own->device);
+  }
+
+  void Restart() {
+    tail_.size = 0;
     tail_.rest.clear();
   }
 
-  void TakeFrom(const std::string& path) {
-    const platform::FileDescriptor file = platform::OpenRegularFile(path);
-    const std::int64_t end = file ? lseek(file.number(), 0, SEEK_END) : 0;
+  // What the log had before it rolled over, and nobody had read.
+  void TakeFromBackup() {
+    const std::vector<std::string> backups = welko::FindBackups(path_);
+    if (!backups.empty() && newest_backup_ != backups.back()) {
+      newest_backup_ = backups.back();
+      TakeFrom(platform::OpenRegularFile(newest_backup_));
+    }
+    Restart();
+  }
+
+  void TakeFrom(const platform::FileDescriptor& file) {
+    const std::int64_t end = SizeOf(file);
     if (end <= tail_.size) return;
     const std::string part = ReadPart(file, tail_.size, end - tail_.size);
     tail_.size += static_cast<std::int64_t>(part.size());
@@ -81,7 +89,6 @@ class Follower {
 
   const std::string path_;
   LogTail tail_;
-  std::optional<platform::FileStamp> stamp_;
   std::string newest_backup_;         ///< which has been read, or was there before
   std::vector<std::size_t> printed_;  ///< how many lines of each run
   std::optional<std::size_t> shown_;  ///< the run whose line was printed last

@@ -3,8 +3,16 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
+
+#include "platform/file_attributes.h"
 
 namespace ctl {
+
+std::int64_t SizeOf(const platform::FileDescriptor& file) {
+  const std::optional<platform::FileStamp> stamp = platform::StampOf(file.number());
+  return stamp ? static_cast<std::int64_t>(stamp->size) : 0;
+}
 
 std::string ReadPart(const platform::FileDescriptor& file, std::int64_t begin, std::int64_t size) {
   std::string text(static_cast<std::size_t>(size), '\0');

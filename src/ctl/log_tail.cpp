@@ -1,9 +1,6 @@
 #include "ctl/log_tail.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -34,7 +31,7 @@ bool Prepend(std::string& text, const platform::FileDescriptor& file, std::int64
     const std::int64_t size = std::min({part, end, room});
     if (size <= 0) return true;
     end -= size;
-    text = ReadPart(file, end, size) + text;
+    text.insert(0, ReadPart(file, end, size));
     if (SplitRuns(text).begun() > runs) return true;
     part *= 2;
   }
@@ -44,16 +41,16 @@ bool Prepend(std::string& text, const platform::FileDescriptor& file, std::int64
 }  // namespace
 
 std::optional<LogTail> ReadLogTail(const std::string& path, std::size_t runs) {
-  const platform::FileDescriptor log = platform::OpenRegularFile(path);
-  if (!log) return std::nullopt;
   LogTail tail;
-  tail.size = lseek(log.number(), 0, SEEK_END);
+  tail.log = platform::OpenRegularFile(path);
+  if (!tail.log) return std::nullopt;
+  tail.size = SizeOf(tail.log);
   std::string text;
-  bool is_enough = Prepend(text, log, tail.size, runs);
+  bool is_enough = Prepend(text, tail.log, tail.size, runs);
   std::vector<std::string> backups = welko::FindBackups(path);
   for (; !is_enough && !backups.empty(); backups.pop_back()) {
     const platform::FileDescriptor backup = platform::OpenRegularFile(backups.back());
-    if (backup) is_enough = Prepend(text, backup, lseek(backup.number(), 0, SEEK_END), runs);
+    if (backup) is_enough = Prepend(text, backup, SizeOf(backup), runs);
   }
   tail.rest = TakeRows(tail.splitter, text, [](std::size_t) {});
   return tail;

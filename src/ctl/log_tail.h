@@ -4,16 +4,20 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "ctl/log_runs.h"
+#include "platform/file_descriptor.h"
 
 namespace ctl {
 
 /// What was read of a log.
 struct LogTail {
-  RunSplitter splitter;   ///< has taken each whole row
-  std::string rest;       ///< a last row without its line end
+  RunSplitter splitter;  ///< has taken each whole row
+  std::string rest;      ///< a last row without its line end
+  platform::FileDescriptor log;
   std::int64_t size = 0;  ///< of the log, up to which it was read
 };
 
