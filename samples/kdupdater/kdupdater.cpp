@@ -4,6 +4,8 @@
 // number as its default, and an item of a list is left out.
 //
 //   KDUPDATER_TRACE             a file that gets one line for each call
+//   KDUPDATER_LOADING           what becomes of the process while the library is loaded: it "waits"
+//                               without an end, "crashes" or "exits"; "" for nothing
 //   KDUPDATER_LATEST_RESULT     result of the latest-application request (258, "taken")
 //   KDUPDATER_INVOKE_RESULT     result of the invoke request (0)
 //   KDUPDATER_CALLBACK          LIST of when to call back once: "request" (before the request
@@ -139,6 +141,16 @@ void Trace(const std::string& line) {
   if (g_settings.trace == nullptr) return;
   std::fprintf(g_settings.trace, "%s\n", line.c_str());
   std::fflush(g_settings.trace);
+}
+
+__attribute__((constructor)) void Load() {
+  const char* const value = std::getenv("KDUPDATER_LOADING");
+  const std::string what = value != nullptr ? value : "";
+  if (what.empty()) return;
+  std::puts("The library is loaded.");
+  while (what == "waits") pause();
+  if (what == "crashes") std::abort();
+  if (what == "exits") std::exit(7);
 }
 
 // Where the library is unloaded, this runs before its static objects go; where the process ends

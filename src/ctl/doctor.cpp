@@ -58,7 +58,7 @@ Check LookAtStamp(const Forecast& run) {
               " says that the updater was uninstalled since the preferences were written: the "
               "next run removes " +
               *run.preferences + ". To keep them, remove the stamp.",
-          Sudo() + "rm " + ShellWord(*stamp)};
+          Remove(*stamp)};
 }
 
 Check LookAtUpdater(const Forecast::Updater& updater) {

@@ -25,8 +25,6 @@ namespace {
 using platform::FileType;
 using welko::LogFileLock;
 
-std::string RemoveFile(const std::string& path) { return "rm " + ShellWord(path); }
-
 // Whoever uses the set makes it anew.
 std::string RemoveLock(const std::string& path) {
   char key[16];
@@ -106,14 +104,14 @@ void CheckSwitches(Checks& checks, const std::string& log) {
     checks.push_back({Grade::kNote, Id::kLogSwitched,
                       *active + " turns the log up: more lines at level 5 and above, and a larger "
                                 "file before it rolls over.",
-                      RemoveFile(*active)});
+                      Remove(*active)});
   }
   CheckIdleSwitches(checks, log, active);
   const std::string folder = welko::WithoutLastPathComponent(log);
   if (welko::KeepsOldLogs(folder)) {
     checks.push_back({Grade::kNote, Id::kLogKeepsBackups,
                       folder + "/quib.trace keeps all backups of the log.",
-                      RemoveFile(folder + "/quib.trace")});
+                      Remove(folder + "/quib.trace")});
   }
 }
 

@@ -1,9 +1,11 @@
 #include "ctl/remedy.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "ctl/user_name.h"
+#include "esd/util/path.h"
 
 namespace ctl {
 namespace {
@@ -41,8 +43,16 @@ std::optional<std::string> GiveToUser(const std::string& path, const std::string
   return lacks_rights ? chown + " && " + chmod : chown;
 }
 
+std::string Remove(const std::string& path) {
+  const std::string folder = esd::GetParentFolder(path);
+  const bool may_remove = faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+  return (may_remove ? "" : Sudo()) + "rm " + ShellWord(path);
+}
+
 std::string GiveToAll(const std::string& path, const std::string& rights) {
-  return Sudo() + "chmod a+" + rights + " " + ShellWord(path);
+  struct stat status {};
+  const bool is_own = stat(path.c_str(), &status) == 0 && status.st_uid == geteuid();
+  return (is_own ? "" : Sudo()) + "chmod a+" + rights + " " + ShellWord(path);
 }
 
 }  // namespace ctl

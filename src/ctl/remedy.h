@@ -12,8 +12,11 @@ namespace ctl {
 /// `text` as one word of the shell.
 std::string ShellWord(const std::string& text);
 
-/// "sudo ", or nothing for root.
+/// "sudo ", or nothing for root: what begins a command that is an administrator's.
 std::string Sudo();
+
+/// Removes the file `path`.
+std::string Remove(const std::string& path);
 
 /// Renames what stands at `path` to a name that is free.
 std::string SetAside(const std::string& path);

@@ -1,0 +1,242 @@
+"""wakerlyctl doctor: on a machine that is in order it finds nothing; each fault it names, and mends with its remedy."""
+
+import base64
+import datetime
+import hashlib
+import json
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import time
+import unittest
+
+from tree import BUILD, LIBC, PIPES, SECONDS, SOURCE, WAKERLY, WAKERLYCTL, TreeTest, check_schema, prefs_text
+
+TODAY = datetime.date.today()
+LAST_CHECK = {"LastDateCheck": f"{TODAY}T00:00:00"}
+AGENTS = SOURCE / "packaging/macos"
+LOGON_AGENT, SCHEDULED_AGENT = "com.vantre.Wakerly-1.0.plist", "com.vantre.VantreOrlanUpdater-1.0.plist"
+
+
+def entry(attribute):
+    return f'<MapPrefEntry MapPrefKey="{attribute}">text</MapPrefEntry>'
+
+
+def prefs(**entries):
+    """Writes the preferences with these entries, too."""
+    return lambda tree: tree.write(tree.prefs, LAST_CHECK | entries)
+
+
+def text(content):
+    return lambda tree: tree.write(tree.prefs, content)
+
+
+def replace(path, *change):
+    """Changes a text in the file of that name of the tree."""
+    def stage(tree):
+        file = getattr(tree, path)
+        file.write_text(file.read_text().replace(*change))
+    return stage
+
+
+def patch_processor(tree):
+    with open(tree.library, "r+b") as file:
+        file.seek(18)  # e_machine, elf(5)
+        file.write(b"\x08\x00")  # MIPS
+
+
+def semaphore(tree):
+    return base64.b64encode(hashlib.md5(bytes(tree.prefs)).digest()).decode().replace("/", "_")
+
+
+def leave_lock(tree):
+    LIBC.sem_open(f"/{semaphore(tree)}".encode(), os.O_CREAT | os.O_EXCL, 0o700, 1)
+    os.utime(f"/dev/shm/sem.{semaphore(tree)}", (time.time() - 10,) * 2)
+
+
+def leave_log_lock(tree):
+    """As by a program that made the set, counted itself, and was killed."""
+    child = os.fork()
+    if child == 0:
+        log_set = LIBC.semget(LIBC.ftok(bytes(tree.write(tree.log)), 11), 2, 0o1666)
+        LIBC.semctl(log_set, 0, 16, 1)  # SETVAL
+        os._exit(0)
+    os.waitpid(child, 0)
+
+
+# What is staged, the identifier, its status, and whether the remedy is a command that mends it here.
+FAULTS = (
+    ("no preferences", lambda t: t.prefs.unlink(), "preferences.missing", "note", False),
+    ("a folder as preferences", lambda t: (t.prefs.unlink(), t.prefs.mkdir()), "preferences.not-a-file", "problem", True),
+    ("empty preferences", text(""), "preferences.empty", "note", False),
+    ("malformed preferences", text("<Preferences>\n<Launch>x</Preferences>"), "preferences.malformed", "problem", True),
+    ("another root", text("<Settings></Settings>"), "preferences.no-root", "problem", True),
+    ("an unknown key", prefs(loglevel="3"), "preferences.unknown-key", "note", False),
+    ("a doubled key", text(prefs_text(LAST_CHECK).replace("</Pref", "<Launch>1</Launch><Launch>2</Launch></Pref")),
+     "preferences.doubled-key", "note", False),
+    ("a bad boolean", prefs(AutoCheck="yes"), "preferences.bad-value", "problem", False),
+    ("a map without a key", prefs(NotificationMessage="<MapPrefEntry>x</MapPrefEntry>"),
+     "preferences.bad-value", "problem", False),
+    ("a quote in a map's key", prefs(NotificationMessage=entry("a&quot;b")),
+     "preferences.breaks-on-save", "problem", False),
+    ("an ampersand in the root's attribute", text(prefs_text(LAST_CHECK).replace("<Preferences", '<Preferences a="&amp;"')),
+     "preferences.breaks-on-save", "problem", False),
+    ("a return in a text", prefs(Launch="a&#13;b"), "preferences.changes-on-save", "problem", False),
+    ("a tab in a map's key", prefs(NotificationMessage=entry("a&#9;b")), "preferences.changes-on-save", "problem", False),
+    ("a missing home", lambda t: shutil.rmtree(t.home), "home.missing", "problem", False),
+    ("a lock left behind", leave_lock, "lock.held", "problem", True),
+    ("an administrator's malformed file", lambda t: t.write(t.admin_prefs, "<"),
+     "administrator-preferences.malformed", "problem", True),
+    ("an administrator's unknown key", lambda t: t.write(t.admin_prefs, {"suppressed": "1"}),
+     "administrator-preferences.unknown-key", "note", False),
+    ("a suppressed updater", lambda t: t.write(t.admin_prefs, {"Suppressed": "1"}), "updater.suppressed", "note", False),
+    ("a stamp", lambda t: t.write(t.stamp, "2026"), "stamp.wipes", "note", True),
+    ("no logon agent", lambda t: t.logon_agent.unlink(), "agent.not-installed", "note", False),
+    ("an agent whose program is missing", lambda t: t.program.unlink(), "agent.program-missing", "problem", False),
+    ("an agent whose program has no right", lambda t: t.program.chmod(0o644),
+     "agent.program-not-executable", "problem", True),
+    ("an agent without a program", replace("agent", "ProgramArguments", "Arguments"), "agent.no-program", "problem", True),
+    ("an agent that is none", replace("agent", "Label", "Name"), "agent.malformed", "problem", True),
+    ("an agent of another time", replace("agent", "<integer>2<", "<integer>3<"), "agent.time-differs", "note", False),
+    ("no agent though it was added", lambda t: (t.agent.unlink(), prefs(IsScheduledTaskAdded="1")(t)),
+     "agent.missing", "problem", True),
+    ("a folder as log", lambda t: t.log.mkdir(), "log.unwritable", "problem", True),
+    ("a log in no folder", lambda t: prefs(StartupLogFile=t.home / "none/x.log")(t), "log.unwritable", "problem", True),
+    ("level 0", prefs(LogLevel="0"), "log.off", "note", False),
+    ("level loud", prefs(LogLevel="loud"), "log.level-unreadable", "problem", False),
+    ("level 11", prefs(LogLevel="11"), "log.level-beyond-scale", "note", False),
+    ("a log called like the preferences", lambda t: prefs(StartupLogFile=t.folder / "Vantre.log")(t),
+     "log.endangers-preferences", "problem", False),
+    ("a large log", lambda t: os.truncate(t.write(t.log), 10 * 2**20), "log.rolls-over", "note", False),
+    ("a log's lock left behind", leave_log_lock, "log.lock-stuck", "problem", True),
+    ("a switch", lambda t: t.write(t.home / "Library/Logs/Welko.debug"), "log.switched", "note", True),
+    ("a switch beside the log", lambda t: t.write(t.folder / "orlanul.trace"), "log.switch-without-effect", "note", False),
+    ("a file that keeps backups", lambda t: t.write(t.folder / "quib.trace", "keeplogs"),
+     "log.keeps-backups", "note", True),
+    ("a date ahead", prefs(LastDateCheck="2199-01-01T00:00:00"), "check.date-ahead", "problem", True),
+    ("a date that is none", prefs(LastDateCheck="x"), "check.no-date", "note", False),
+    ("a bad frequency", prefs(UpdaterPrefSchedCheckFreq="daily"), "check.frequency-unreadable", "problem", False),
+    ("a clock in 2019", lambda t: t.set_today(datetime.date(2019, 12, 31)), "clock.behind", "problem", False),
+    ("no notifier", lambda t: t.notifier.unlink(), "notifier.missing", "problem", False),
+    ("a notifier without a right", lambda t: t.notifier.chmod(0o644), "notifier.not-executable", "problem", True),
+    ("the suite", lambda t: t.install(t.suite), "notifier.suite-installed", "note", False),
+    ("a library for another processor", patch_processor, "library.other-processor", "problem", False))
+# The same of what root would not stumble over.
+FAULTS_FOR_ORDINARY_USERS = (
+    ("preferences without a right", lambda t: t.prefs.chmod(0), "preferences.unreadable", "problem", True),
+    ("read-only preferences", lambda t: t.prefs.chmod(0o400), "preferences.unwritable", "problem", True),
+    ("a home without rights", lambda t: (shutil.rmtree(t.home), t.home.mkdir(0o500)), "folder.temporary", "problem", True),
+    ("a folder without rights", lambda t: t.folder.chmod(0o500), "folder.unwritable", "problem", True),
+    ("a read-only log", lambda t: t.write(t.log).chmod(0o400), "log.unwritable", "problem", True),
+    ("an unreadable library", lambda t: t.library.chmod(0), "library.unreadable", "problem", True))
+
+
+class DoctorTest(TreeTest):
+    def healthy_tree(self):
+        tree = self.tree()
+        self.addCleanup(LIBC.sem_unlink, f"/{semaphore(tree)}".encode())
+        tree.install(tree.notifier, tree.library)
+        tree.write(tree.prefs, LAST_CHECK)
+        product = tree.support / "Vantre/OrlanUpdater/1.0"
+        tree.program, tree.logon_agent = product / "wakerly", tree.root / "Library/LaunchAgents" / LOGON_AGENT
+        (tree.home / "Library/Preferences").mkdir()
+        for agent in (tree.logon_agent, tree.agent, product / SCHEDULED_AGENT):
+            tree.write(agent, (AGENTS / agent.name).read_bytes())
+        shutil.copy(WAKERLY, tree.program)
+        del tree.environment["KDUPDATER_TRACE"]
+        return tree
+
+    def look(self, tree, *arguments):
+        """The checks by identifier, where each is the worst of that name, once it was seen that the tree is as before."""
+        before = tree.state()
+        said = tree.ctl("doctor", "--json", *arguments)
+        self.assertEqual(tree.state(), before, "doctor changed the tree")
+        self.assertEqual(tree.processes(), [], "doctor left a process behind")
+        output = json.loads(said.stdout)
+        check_schema("doctor", output)
+        worst = sorted(output["checks"], key=lambda check: ["ok", "note", "problem"].index(check["status"]))
+        status = worst[-1]["status"]
+        self.assertEqual((output["status"], said.returncode, said.stderr), (status, int(status == "problem"), ""))
+        return {check["id"]: check for check in worst}
+
+    def test_a_machine_in_order_has_nothing_to_tell(self):
+        checks = self.look(self.healthy_tree(), "--load-library")
+        self.assertEqual([check for check in checks.values() if check["status"] != "ok"], [])
+        self.assertIn("library.loads", checks)
+
+    def mend(self, tree, remedy):
+        """Pastes the remedy into a terminal, and says yes."""
+        folders = {pathlib.Path(tree.programs.get(program, program)).parent for program in (WAKERLY, WAKERLYCTL)}
+        path = ":".join([*map(str, folders), tree.environment["PATH"]])
+        main, terminal = os.openpty()
+        os.write(main, b"y\n")
+        done = subprocess.run(["sh", "-c", remedy], env=tree.environment | {"PATH": path}, cwd=tree.top, check=False,
+                              timeout=SECONDS, text=True, stdin=terminal, stdout=terminal, stderr=subprocess.PIPE,
+                              **tree.options)
+        os.close(main)
+        os.close(terminal)
+        self.assertEqual((done.returncode, done.stderr), (0, ""), remedy)
+
+    def test_a_fault_is_named_and_mended(self):
+        for row in FAULTS + FAULTS_FOR_ORDINARY_USERS:
+            staged, stage, identifier, status, is_mended = row
+            with self.subTest(staged=staged, identifier=identifier):
+                tree = self.healthy_tree()
+                stage(tree)
+                if row in FAULTS_FOR_ORDINARY_USERS:
+                    tree.become_ordinary()
+                checks = self.look(tree)
+                found = checks.get(identifier, {"status": "nothing", "remedy": None})
+                self.assertEqual(found["status"], status, checks)
+                if is_mended:
+                    self.mend(tree, found["remedy"])
+                    self.assertNotIn(identifier, self.look(tree), found["remedy"])
+
+    def test_a_library_is_loaded_for_a_trial(self):
+        sample = (BUILD / "samples/kdupdater.dylib").read_bytes()
+        unbound = (BUILD / "samples/libunbound.so").read_bytes()
+        lacking = sample.replace(b"Vantre_KD_ReleaseRef", b"Vantre_KD_ReleaseAll")
+        rows = (  # what it is, its bytes, what it does when it is loaded, the identifier, what the finding tells
+            ("no library", b"garbage", "", "library.no-library", "is no library"),
+            ("calls a missing function", unbound, "", "library.does-not-load", "FunctionThatExistsNowhere"),
+            ("lacks an entry point", lacking, "", "library.entry-point-missing", "lacks Vantre_KD_ReleaseRef."),
+            ("a library that", sample, "crashes", "library.crashes", "Aborted"),
+            ("a library that", sample, "exits", "library.crashes", "status 7"),
+            ("a library that", sample, "waits", "library.hangs", "10 seconds"))
+        for library, content, loading, identifier, told in rows:
+            with self.subTest(library=library, loading=loading, identifier=identifier):
+                tree = self.healthy_tree()
+                tree.library.write_bytes(content)
+                tree.environment["KDUPDATER_LOADING"] = loading
+                checks = self.look(tree, "--load-library")
+                self.assertIn(identifier, checks)
+                self.assertIn(told, checks[identifier]["finding"])
+
+    def test_an_interrupted_trial_leaves_no_process(self):
+        tree = self.healthy_tree()
+        tree.environment["KDUPDATER_LOADING"] = "waits"
+        with subprocess.Popen([WAKERLYCTL, "doctor", "--load-library"], env=tree.environment, cwd=tree.top, **PIPES) as doctor:
+            self.await_processes(tree, 2)
+            doctor.terminate()
+            doctor.communicate(timeout=SECONDS)
+        self.assertEqual(doctor.returncode, -signal.SIGTERM)
+        self.await_processes(tree, 0)
+
+    def await_processes(self, tree, count):
+        deadline = time.monotonic() + SECONDS / 10
+        while len(tree.processes()) != count and time.monotonic() < deadline:
+            time.sleep(0.01)
+        self.assertEqual(len(tree.processes()), count, "processes of the trial")
+
+    def test_people_get_each_finding_with_its_remedy_alone_on_a_line(self):
+        tree = self.healthy_tree()
+        tree.notifier.chmod(0o644)
+        said = tree.ctl("doctor").stdout
+        self.assertIn(f"\nchmod a+x '{tree.notifier}'\n", said)
+        self.assertRegex(said, r"\n\n\d+ checks: \d+ ok, 0 notes, 1 problem\n$")
+
+
+if __name__ == "__main__":
+    unittest.main()
