@@ -13,7 +13,8 @@
 #include "esd/prefs/held_signals.h"
 #include "platform/file_descriptor.h"
 
-extern char** environ;
+// Not every system's headers declare it.
+extern char** environ;  // NOLINT(readability-redundant-declaration)
 
 namespace ctl {
 namespace {

@@ -19,6 +19,7 @@
 #include "ctl/remedy.h"
 #include "esd/prefs/updater_folders.h"
 #include "esd/util/program_version.h"
+#include "welko/log_redaction.h"
 
 namespace ctl {
 namespace {
@@ -91,7 +92,7 @@ Check LookAtCheck(const Forecast::Check& check) {
     case Id::kCheckInvalidDate:
       return {Grade::kNote, id, why + " That ends when the updater has checked."};
     case Id::kCheckDateAhead:
-      return {Grade::kBad, id, why + " No check is due before; is the clock right?", "wakerly"};
+      return {Grade::kBad, id, why + " No check is due before; is the clock right?", RunWakerly()};
     case Id::kCheckPreferencesLocked:
       return {Grade::kBad, id, why, "wakerlyctl lock --clear"};
     default:
@@ -121,6 +122,15 @@ Check LookAtLibrary(const Forecast::Library& library) {
   return {Grade::kBad, id, why + " Install the updater again."};
 }
 
+// What the log masks or drops is not told here either, and no command can be told without it.
+void Mask(Checks& checks) {
+  const auto masked = [](const std::string& text) { return welko::RedactedValue("finding", text); };
+  for (Check& check : checks) {
+    check.finding = masked(check.finding);
+    if (check.remedy && masked(*check.remedy) != *check.remedy) check.remedy.reset();
+  }
+}
+
 Checks LookAtEverything(const DoctorOptions& options) {
   const date today = boost::gregorian::day_clock::local_day();
   const Forecast run = ForecastRun(false, today);
@@ -140,6 +150,7 @@ Checks LookAtEverything(const DoctorOptions& options) {
   checks.push_back(LookAtNotifier(run.notifier.path));
   checks.push_back(LookAtLibrary(run.library));
   if (options.loads_library && run.library.usable) checks.push_back(TryLibrary(run.library.path));
+  Mask(checks);
   return checks;
 }
 

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <initializer_list>
+#include <set>
 #include <vector>
 
 #include "ctl/remedy.h"
@@ -46,7 +47,7 @@ Check LookAtLog(const Forecast::Log& log) {
   const auto& [id, why] = log.finding;
   switch (id) {
     case Id::kLogWritten:
-      return {Grade::kOk, id, why + " It is " + *log.path + "."};
+      return {Grade::kOk, id, *log.path + ": " + why};
     case Id::kLogOff:
       return {Grade::kNote, id, why};
     case Id::kLogPreferencesLocked:
@@ -69,32 +70,36 @@ void CheckLevel(Checks& checks, const Forecast::Log& log) {
                         "a run has to say."});
 }
 
-// What is named like a switch where switches are looked for, or beside the log. `active` is the one
-// that counts.
-void CheckIdleSwitches(Checks& checks, const std::string& log,
-                       const std::optional<std::string>& active) {
+// Each path that is named like a switch, below the folder where switches count and beside the log.
+std::vector<std::string> SwitchPaths(const std::string& log, const std::string& logs) {
   const std::string beside = welko::WithoutLastPathComponent(log);
-  const std::string logs = welko::GetConsoleUserLogsFolder().value_or(beside);
-  std::vector<std::string> folders = {logs};
-  if (beside != logs) folders.push_back(beside);
-  const std::string own_name = welko::WithoutPathExtension(welko::LastPathComponent(log));
-  const std::string default_name = welko::WithoutPathExtension(welko::kDefaultLogName);
-  std::vector<std::string> names = {default_name, "quib"};
-  if (own_name != default_name) names.push_back(own_name);
-  for (const std::string& folder : folders) {
-    for (const std::string& name : names) {
-      for (const char* extension : {".trace", ".debug"}) {
-        std::string path = folder;
-        welko::AppendPathComponent(path, name + extension);
-        const bool keeps_backups = path == beside + "/quib.trace" && welko::KeepsOldLogs(beside);
-        if (!welko::PathExists(path) || path == active || keeps_backups) continue;
-        checks.push_back({Grade::kNote, Id::kLogSwitchWithoutEffect,
-                          path +
-                              " has no effect: the one switch that counts is the first file of "
-                              "the right name in " +
-                              logs + "."});
-      }
+  std::set<std::string> bases;
+  for (const std::string& folder : {logs, beside}) {
+    const std::string own = welko::LastPathComponent(log);
+    for (const std::string& name :
+         {own, std::string(welko::kDefaultLogName), std::string("quib")}) {
+      std::string base = folder;
+      welko::AppendPathComponent(base, welko::WithoutPathExtension(name));
+      bases.insert(base);
     }
+  }
+  std::vector<std::string> paths;
+  for (const std::string& base : bases) {
+    for (const char* extension : {".trace", ".debug"}) paths.push_back(base + extension);
+  }
+  return paths;
+}
+
+// `active` is the switch that counts, and `keeper` the file that keeps backups.
+void CheckIdleSwitches(Checks& checks, const std::string& log,
+                       const std::optional<std::string>& active,
+                       const std::optional<std::string>& keeper) {
+  const std::optional<std::string> logs = welko::GetConsoleUserLogsFolder();
+  for (const std::string& path : SwitchPaths(log, logs.value_or(""))) {
+    if (!welko::PathExists(path) || path == active || path == keeper) continue;
+    checks.push_back({Grade::kNote, Id::kLogSwitchWithoutEffect,
+                      path + " has no effect: the first file of the right name in " +
+                          logs.value_or("the user's logs folder") + " counts, and no other."});
   }
 }
 
@@ -106,13 +111,14 @@ void CheckSwitches(Checks& checks, const std::string& log) {
                                 "file before it rolls over.",
                       Remove(*active)});
   }
-  CheckIdleSwitches(checks, log, active);
+  std::optional<std::string> keeper;
   const std::string folder = welko::WithoutLastPathComponent(log);
   if (welko::KeepsOldLogs(folder)) {
+    keeper = folder + "/quib.trace";
     checks.push_back({Grade::kNote, Id::kLogKeepsBackups,
-                      folder + "/quib.trace keeps all backups of the log.",
-                      Remove(folder + "/quib.trace")});
+                      *keeper + " keeps all backups of the log.", Remove(*keeper)});
   }
+  CheckIdleSwitches(checks, log, active, keeper);
 }
 
 void CheckSize(Checks& checks, const Forecast::Log& log) {

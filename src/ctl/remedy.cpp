@@ -6,6 +6,8 @@
 
 #include "ctl/user_name.h"
 #include "esd/util/path.h"
+#include "platform/bundle.h"
+#include "platform/file_type.h"
 
 namespace ctl {
 namespace {
@@ -41,6 +43,18 @@ std::optional<std::string> GiveToUser(const std::string& path, const std::string
   const std::string chown =
       Sudo() + "chown " + ShellWord(UserName(geteuid())) + " " + ShellWord(path);
   return lacks_rights ? chown + " && " + chmod : chown;
+}
+
+std::string RunWakerly() {
+  const std::string own_folder = esd::GetParentFolder(platform::MainExecutablePath());
+  const std::string folders[] = {own_folder,
+                                 esd::JoinPath(esd::GetParentFolder(own_folder), "sbin"),
+                                 "/Library/Application Support/Vantre/OrlanUpdater/1.0"};
+  for (const std::string& folder : folders) {
+    const std::string program = esd::JoinPath(folder, "wakerly");
+    if (platform::TypeOf(program) == platform::FileType::kRegular) return ShellWord(program);
+  }
+  return "wakerly";
 }
 
 std::string Remove(const std::string& path) {

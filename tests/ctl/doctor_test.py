@@ -69,7 +69,8 @@ def leave_log_lock(tree):
 # What is staged, the identifier, its status, and whether the remedy is a command that mends it here.
 FAULTS = (
     ("no preferences", lambda t: t.prefs.unlink(), "preferences.missing", "note", False),
-    ("a folder as preferences", lambda t: (t.prefs.unlink(), t.prefs.mkdir()), "preferences.not-a-file", "problem", True),
+    ("a folder as preferences", lambda t: (t.prefs.unlink(), t.prefs.mkdir()),
+     "preferences.not-a-file", "problem", True),
     ("empty preferences", text(""), "preferences.empty", "note", False),
     ("malformed preferences", text("<Preferences>\n<Launch>x</Preferences>"), "preferences.malformed", "problem", True),
     ("another root", text("<Settings></Settings>"), "preferences.no-root", "problem", True),
@@ -84,20 +85,23 @@ FAULTS = (
     ("an ampersand in the root's attribute", text(prefs_text(LAST_CHECK).replace("<Preferences", '<Preferences a="&amp;"')),
      "preferences.breaks-on-save", "problem", False),
     ("a return in a text", prefs(Launch="a&#13;b"), "preferences.changes-on-save", "problem", False),
-    ("a tab in a map's key", prefs(NotificationMessage=entry("a&#9;b")), "preferences.changes-on-save", "problem", False),
+    ("a tab in a map's key", prefs(NotificationMessage=entry("a&#9;b")),
+     "preferences.changes-on-save", "problem", False),
     ("a missing home", lambda t: shutil.rmtree(t.home), "home.missing", "problem", False),
     ("a lock left behind", leave_lock, "lock.held", "problem", True),
     ("an administrator's malformed file", lambda t: t.write(t.admin_prefs, "<"),
      "administrator-preferences.malformed", "problem", True),
     ("an administrator's unknown key", lambda t: t.write(t.admin_prefs, {"suppressed": "1"}),
      "administrator-preferences.unknown-key", "note", False),
-    ("a suppressed updater", lambda t: t.write(t.admin_prefs, {"Suppressed": "1"}), "updater.suppressed", "note", False),
+    ("a suppressed updater", lambda t: t.write(t.admin_prefs, {"Suppressed": "1"}),
+     "updater.suppressed", "note", False),
     ("a stamp", lambda t: t.write(t.stamp, "2026"), "stamp.wipes", "note", True),
     ("no logon agent", lambda t: t.logon_agent.unlink(), "agent.not-installed", "note", False),
     ("an agent whose program is missing", lambda t: t.program.unlink(), "agent.program-missing", "problem", False),
     ("an agent whose program has no right", lambda t: t.program.chmod(0o644),
      "agent.program-not-executable", "problem", True),
-    ("an agent without a program", replace("agent", "ProgramArguments", "Arguments"), "agent.no-program", "problem", True),
+    ("an agent without a program", replace("agent", "ProgramArguments", "Arguments"),
+     "agent.no-program", "problem", True),
     ("an agent that is none", replace("agent", "Label", "Name"), "agent.malformed", "problem", True),
     ("an agent of another time", replace("agent", "<integer>2<", "<integer>3<"), "agent.time-differs", "note", False),
     ("no agent though it was added", lambda t: (t.agent.unlink(), prefs(IsScheduledTaskAdded="1")(t)),
@@ -112,7 +116,8 @@ FAULTS = (
     ("a large log", lambda t: os.truncate(t.write(t.log), 10 * 2**20), "log.rolls-over", "note", False),
     ("a log's lock left behind", leave_log_lock, "log.lock-stuck", "problem", True),
     ("a switch", lambda t: t.write(t.home / "Library/Logs/Welko.debug"), "log.switched", "note", True),
-    ("a switch beside the log", lambda t: t.write(t.folder / "orlanul.trace"), "log.switch-without-effect", "note", False),
+    ("a switch beside the log", lambda t: t.write(t.folder / "orlanul.trace"),
+     "log.switch-without-effect", "note", False),
     ("a file that keeps backups", lambda t: t.write(t.folder / "quib.trace", "keeplogs"),
      "log.keeps-backups", "note", True),
     ("a date ahead", prefs(LastDateCheck="2199-01-01T00:00:00"), "check.date-ahead", "problem", True),
@@ -127,7 +132,8 @@ FAULTS = (
 FAULTS_FOR_ORDINARY_USERS = (
     ("preferences without a right", lambda t: t.prefs.chmod(0), "preferences.unreadable", "problem", True),
     ("read-only preferences", lambda t: t.prefs.chmod(0o400), "preferences.unwritable", "problem", True),
-    ("a home without rights", lambda t: (shutil.rmtree(t.home), t.home.mkdir(0o500)), "folder.temporary", "problem", True),
+    ("a home without rights", lambda t: (shutil.rmtree(t.home), t.home.mkdir(0o500)),
+     "folder.temporary", "problem", True),
     ("a folder without rights", lambda t: t.folder.chmod(0o500), "folder.unwritable", "problem", True),
     ("a read-only log", lambda t: t.write(t.log).chmod(0o400), "log.unwritable", "problem", True),
     ("an unreadable library", lambda t: t.library.chmod(0), "library.unreadable", "problem", True))
@@ -149,7 +155,7 @@ class DoctorTest(TreeTest):
         return tree
 
     def look(self, tree, *arguments):
-        """The checks by identifier, where each is the worst of that name, once it was seen that the tree is as before."""
+        """The checks by identifier, each the worst of that name, once it was seen that the tree is as before."""
         before = tree.state()
         said = tree.ctl("doctor", "--json", *arguments)
         self.assertEqual(tree.state(), before, "doctor changed the tree")
@@ -217,7 +223,8 @@ class DoctorTest(TreeTest):
     def test_an_interrupted_trial_leaves_no_process(self):
         tree = self.healthy_tree()
         tree.environment["KDUPDATER_LOADING"] = "waits"
-        with subprocess.Popen([WAKERLYCTL, "doctor", "--load-library"], env=tree.environment, cwd=tree.top, **PIPES) as doctor:
+        with subprocess.Popen([WAKERLYCTL, "doctor", "--load-library"],
+                              env=tree.environment, cwd=tree.top, **PIPES) as doctor:
             self.await_processes(tree, 2)
             doctor.terminate()
             doctor.communicate(timeout=SECONDS)
@@ -229,6 +236,13 @@ class DoctorTest(TreeTest):
         while len(tree.processes()) != count and time.monotonic() < deadline:
             time.sleep(0.01)
         self.assertEqual(len(tree.processes()), count, "processes of the trial")
+
+    def test_what_the_log_masks_is_not_told(self):
+        tree = self.healthy_tree()
+        prefs(StartupLogFile=tree.home / "eyJsecret.eyJsecret/x.log", AutoCheck="<b>eyJsecret.eyJsecret</b>")(tree)
+        said = tree.ctl("doctor", "--json").stdout + tree.ctl("doctor").stdout
+        self.assertIn("log.unwritable", said)
+        self.assertNotIn("secret", said)
 
     def test_people_get_each_finding_with_its_remedy_alone_on_a_line(self):
         tree = self.healthy_tree()
