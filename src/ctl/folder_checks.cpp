@@ -10,6 +10,7 @@
 #include "ctl/remedy.h"
 #include "ctl/user_name.h"
 #include "esd/prefs/updater_folders.h"
+#include "esd/util/path.h"
 #include "platform/file_type.h"
 #include "platform/folders.h"
 
@@ -44,6 +45,20 @@ Check LookAtHome(const std::string& home) {
   return {Grade::kOk, Id::kHomeOk, "The home folder is " + home + "."};
 }
 
+// What makes the folder of the preferences one that can be made below `home`: on the way to it
+// something is no folder, or one that this user may not use. Nothing where a look tells neither.
+std::optional<std::string> ClearTheWay(const std::string& home) {
+  std::string folder = home;
+  for (const char* name : {"Library", "Application Support", "Vantre", "OrlanUpdater", "1.0"}) {
+    const std::string next = esd::JoinPath(folder, name);
+    const FileType type = platform::TypeOf(next);
+    if (platform::IsFound(type) && type != FileType::kFolder) return SetAside(next);
+    if (type != FileType::kFolder) break;
+    folder = next;
+  }
+  return GiveToUser(folder, "rwx");
+}
+
 Check LookAtPrefsFolder(const std::string& home) {
   std::string folder;
   if (!esd::GetUpdaterPrefsFolder(folder)) {
@@ -51,13 +66,13 @@ Check LookAtPrefsFolder(const std::string& home) {
             "Neither below " + home +
                 " nor in the temporary folder can the folder of the "
                 "preferences be made.",
-            GiveToUser(home, "rwx")};
+            ClearTheWay(home)};
   }
   if (!folder.starts_with(home + "/")) {
     return {Grade::kBad, Id::kFolderTemporary,
             "Below " + home + " the folder of the preferences cannot be made. They are in " +
                 folder + ", until that is cleared.",
-            GiveToUser(home, "rwx")};
+            ClearTheWay(home)};
   }
   if (!platform::IsFound(platform::TypeOf(folder))) {
     return {Grade::kOk, Id::kFolderOk, folder + " is missing, and the next run makes it."};

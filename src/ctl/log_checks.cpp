@@ -123,7 +123,7 @@ void CheckSwitches(Checks& checks, const std::string& log) {
 
 void CheckSize(Checks& checks, const Forecast::Log& log) {
   const std::int64_t size = platform::SizeOf(*log.path).value_or(0);
-  if (!log.level || size < esd::UpdaterLogSizeLimit(*log.level)) return;
+  if (log.level.value_or(0) < 1 || size < esd::UpdaterLogSizeLimit(*log.level)) return;
   checks.push_back({Grade::kNote, Id::kLogRollsOver,
                     *log.path + " has " + std::to_string(size) +
                         " bytes: the next run moves its text to a backup beside it, of which the "

@@ -36,8 +36,8 @@ std::string Wanted(const std::string& type) {
 // The unknown `key`, and the known one that differs from it by case alone.
 std::string Hint(const std::vector<SchemaKey>& schema, const std::string& key) {
   for (const SchemaKey& known : schema) {
-    if (strcasecmp(known.name.c_str(), key.c_str()) == 0)
-      return key + " (" + known.name + " is one)";
+    const bool is_alike = strcasecmp(known.name.c_str(), key.c_str()) == 0;
+    if (is_alike) return key + " (" + known.name + " is one)";
   }
   return key;
 }
@@ -80,7 +80,7 @@ class Examination {
 
 // The rows of the administrator's file follow those of the user's, in the same order.
 Id Examination::IdFor(Id of_user) const {
-  if (file_ == LockedFile::kUser || of_user == Id::kPreferencesUnwritable) return of_user;
+  if (file_ == LockedFile::kUser) return of_user;
   constexpr int kDistance =
       static_cast<int>(Id::kAdminPreferencesOk) - static_cast<int>(Id::kPreferencesOk);
   return static_cast<Id>(static_cast<int>(of_user) + kDistance);
@@ -118,7 +118,7 @@ void Examination::AddState(const std::string& path) {
 }
 
 void Examination::CheckRights(const std::string& path) {
-  // Nobody but administrators has to write theirs.
+  // Only administrators have to write theirs.
   if (file_ == LockedFile::kAdministrator) return;
   if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0) return;
   const std::string why = std::strerror(errno);
