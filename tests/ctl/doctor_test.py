@@ -61,7 +61,8 @@ def leave_log_lock(tree):
     child = os.fork()
     if child == 0:
         log_set = LIBC.semget(LIBC.ftok(bytes(tree.write(tree.log)), 11), 2, 0o1666)
-        LIBC.semctl(log_set, 0, 16, 1)  # SETVAL
+        for semaphore_number, value in ((0, 1), (1, 0)):  # the count, and whether it is free
+            LIBC.semctl(log_set, semaphore_number, 16, value)  # SETVAL
         os._exit(0)
     os.waitpid(child, 0)
 
@@ -202,6 +203,19 @@ class DoctorTest(TreeTest):
                 if is_mended:
                     self.mend(tree, found["remedy"])
                     self.assertNotIn(identifier, self.look(tree), found["remedy"])
+
+    def test_a_finding_tells_where_the_fault_is(self):
+        rows = (  # the preferences, the identifier, what the finding tells
+            ("<Preferences>\n<Launch>x</Preferences>", "preferences.malformed", "line 2, column 12: mismatched tag"),
+            ({"loglevel": "3", "Some": "4"}, "preferences.unknown-key", ": loglevel (LogLevel is one), Some."),
+            ({"Launch": "a&#13;b"}, "preferences.changes-on-save", " of: Launch."),
+            ({"ChannelsEnabled": entry("&lt;")}, "preferences.breaks-on-save", " of: ChannelsEnabled."),
+            ({"AutoCheckFreq": "0x1"}, "preferences.bad-value", 'AutoCheckFreq is "0x1", and has to be a whole number'))
+        tree = self.healthy_tree()
+        for content, identifier, told in rows:
+            with self.subTest(content=content, identifier=identifier):
+                tree.write(tree.prefs, content)
+                self.assertIn(told, self.look(tree)[identifier]["finding"])
 
     def test_a_library_is_loaded_for_a_trial(self):
         sample = (BUILD / "samples/kdupdater.dylib").read_bytes()
