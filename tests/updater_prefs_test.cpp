@@ -48,20 +48,24 @@ TEST_F(UpdaterPrefs, AreListedInTheirDocumentWithTypeAndDefault) {
                                                     {"StringPref", "text"},
                                                     {"BoolMapPref", "map of booleans"},
                                                     {"StringMapPref", "map of texts"}};
-  const auto find_row = [&](const char* type, const char* key, std::string value) {
+  int keys = 0;
+  const auto find_key = [&](const char* type, const char* key, std::string value) {
     for (const auto& [folder, name] : Entries{{prefs_folder, "F"}, {home, "~"}}) {
       if (value.starts_with(folder)) value.replace(0, folder.size(), name);
     }
     if (!value.empty()) value = " `" + value + "`";
-    const std::string row =
-        std::string("| `") + key + "` | " + types.at(type) + " |" + value + " |";
-    EXPECT_TRUE(document.find("\n" + row) != std::string::npos) << "it lacks: " << row;
+    const std::string row = "\n| " + types.at(type) + " |" + value + " |";
+    const std::size_t begin = std::min(document.find(row), document.size());
+    const std::string found = document.substr(begin, document.find('\n', begin + 1) - begin);
+    EXPECT_THAT(found, testing::HasSubstr(std::string("`") + key + "`")) << "the row of" << row;
+    ++keys;
   };
   test::ExpectInChild([&] {
     VantreUpdaterPrefs& own = VantreUpdaterPrefs::GetInstance(false);
-#define VANTRE_FIND(Type, key, ...) find_row(#Type, #key, DefaultOf(own.Get##key##Pref()));
+#define VANTRE_FIND(Type, key, ...) find_key(#Type, #key, DefaultOf(own.Get##key##Pref()));
     VANTRE_UPDATER_PREFS(VANTRE_FIND)
 #undef VANTRE_FIND
+    EXPECT_THAT(document, testing::HasSubstr("Of the " + std::to_string(keys) + " keys"));
   });
 }
 

@@ -4,7 +4,7 @@
 
 namespace esd {
 
-/// The version as the build names it, such as "0.1.0". Lives as long as the process.
+/// The version as the build names it, such as "0.2.0". Lives as long as the process.
 const char* ProgramVersion();
 
 }  // namespace esd
