@@ -1,5 +1,9 @@
 #include "esd/prefs/updater_prefs.h"
 
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
 #include "driver/check_window.h"
 #include "esd/log/updater_log.h"
 #include "tests/run_support.h"
