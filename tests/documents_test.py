@@ -207,6 +207,54 @@ class DocumentsTest(TreeTest):
                                      "<!-- run: STAGE --> (see tests/documents_test.py)")
 
 
+def anchors_of(text):
+    """The names by which the headings of a Markdown text are linked."""
+    headings = re.findall(r"^#+ (.*)$", text, re.MULTILINE)
+    return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
+
+
+class InstalledTest(unittest.TestCase):
+    """The documents as a user has them."""
+
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory(prefix="wakerly-installed-")
+        cls.addClassCleanup(folder.cleanup)
+        cls.prefix = pathlib.Path(folder.name)
+        subprocess.run(["cmake", "--install", BUILD, "--prefix", cls.prefix], stdout=subprocess.DEVNULL, check=True,
+                       timeout=SECONDS)
+
+    def test_links_lead_to_installed_documents_and_sections(self):
+        documents = list(self.prefix.rglob("*.md"))
+        self.assertEqual(sorted(path.name for path in documents),
+                         sorted([*(path.name for path in MARKDOWN), "CHANGELOG.md"]))
+        for document in documents:
+            for target, anchor in re.findall(r"\]\(([^)#]*)#?([^)]*)\)", document.read_text()):
+                with self.subTest(document=document.name, target=target, anchor=anchor):
+                    path = document.parent / target if target else document
+                    self.assertTrue(path.is_file(), "a link to what is not installed")
+                    if anchor:
+                        self.assertIn(anchor, anchors_of(path.read_text()), "no such heading")
+
+    def test_manual_pages_name_pages_and_files_that_are_installed(self):
+        for manual in MANUALS:
+            text = manual.read_text()
+            pages = re.findall(r"^\.Xr (\S+) (\d)", text, re.MULTILINE)
+            self.assertTrue(pages, manual)
+            for page, section in pages:
+                self.assertTrue((self.prefix / f"share/man/man{section}/{page}.{section}").is_file(), (manual, page))
+            files = re.findall(r"^\.Pa (share/\S+)", text, re.MULTILINE)
+            self.assertTrue(files, manual)
+            for file in files:
+                self.assertTrue((self.prefix / file).is_file(), (manual, file))
+
+    def test_picture_of_a_run_is_that_of_its_text(self):
+        drawn = subprocess.run([SOURCE / "tools/draw_run.py", SOURCE / "docs/run.txt"], capture_output=True, text=True,
+                               timeout=SECONDS, check=True)
+        self.assertEqual((SOURCE / "docs/run.svg").read_text(), drawn.stdout,
+                         "tools/draw_run.py docs/run.txt >docs/run.svg makes it anew")
+
+
 def add_test(document, blocks_of):
     name = re.sub(r"\W", "_", document.stem if document.suffix == ".md" else document.name)
     setattr(DocumentsTest, f"test_commands_of_{name}", lambda self: self.check_document(blocks_of(document)))

@@ -181,6 +181,10 @@ productbuild --distribution distribution.xml --package-path WORK W.pkg
         found = {str(path.relative_to(root)): f"{path.stat().st_mode & 0o777:o}"
                  for path in root.rglob("*") if path.is_file()}
         pages = {f"usr/local/share/man/man8/{page.name}": "644" for page in PACKAGING.glob("*.8")}
+        source = PACKAGING.parent
+        for name in ("*.md", "docs/*.md", "docs/*.svg", "docs/**/*.json"):
+            pages.update({f"Library/Documentation/Wakerly/{path.relative_to(source)}": "644"
+                          for path in source.glob(name)})
         self.assertEqual(found, {
             "Library/LaunchAgents/com.vantre.Wakerly-1.0.plist": "644",
             f"{UPDATER}/com.vantre.VantreOrlanUpdater-1.0.plist": "644", f"{UPDATER}/uninstall": "755",
@@ -337,7 +341,7 @@ class Uninstall(ScriptTest):
     def left(self):
         disk = self.scratch / "disk"
         return sorted(str(path.relative_to(disk)) for path in disk.rglob("*") if path.is_file() or
-                      path.name in ("Vantre", "OrlanUpdater", "1.0"))
+                      path.name in ("Vantre", "OrlanUpdater", "1.0", "Wakerly"))
 
     def test_takes_back_all_that_the_package_installs_and_leaves_what_is_the_updaters(self):
         disk = self.lay_out()
