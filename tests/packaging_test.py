@@ -369,7 +369,8 @@ class Uninstall(ScriptTest):
 
     def test_an_installation_that_is_gone_in_parts_goes_as_a_whole(self):
         self.lay_out()
-        parts = self.left()
+        # Of the documents one stands for all.
+        parts = [part for part in self.left() if "Documentation" not in part or part.endswith(("README.md", "Wakerly"))]
         for part in parts:
             with self.subTest(gone=part):
                 path = self.lay_out() / part

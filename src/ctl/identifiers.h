@@ -30,7 +30,7 @@
 // clang-format off
 #define WAKERLYCTL_IDENTIFIERS(ID)                                                                \
   ID(kLogWritten, "log.written", "The run writes its log.")                                       \
-  ID(kLogOff, "log.off", "LogLevel is 0 or below: no log is wanted.")                             \
+  ID(kLogOff, "log.off", "LogLevel is 0 or below -1: no log is wanted.")                          \
   ID(kLogLevelUnreadable, "log.level-unreadable", "LogLevel is no number: there is no log.")      \
   ID(kLogPreferencesLocked, "log.preferences-locked",                                             \
      "The preferences are locked by another process, or by a lock left behind: there is no log.") \

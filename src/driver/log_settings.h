@@ -13,7 +13,7 @@ inline constexpr int kLogLevelNotSet = -1;
 /// The log of a run.
 struct LogChoice {
   std::string path;           ///< empty when none is set and the updater has no folder
-  int level = 0;              ///< at 0 or below there is no log
+  int level = 0;              ///< at 0 or below there is no log; never kLogLevelNotSet
   bool writes_path = false;   ///< whether the preferences lack the path, and get it
   bool writes_level = false;  ///< whether they lack the level, and get it
 };

@@ -11,9 +11,9 @@ inline constexpr char kLogSubComponent[] = "WAKERLY";
 ///@}
 
 /// Opens the updater log as the preferences say, and writes its first lines. A log path or level
-/// that the preferences lack is written back to them. At level 0 or below -1 there is no log in this
-/// run; when there is none for another reason, standard error and the system's log are told which.
-/// Always true; nothing is thrown.
+/// that the preferences lack is written back to them. At level 0 or below -1 there is no log in
+/// this run; when there is none for another reason, standard error and the system's log are told
+/// which. Always true; nothing is thrown.
 bool SetUpStartupLogging();
 
 }  // namespace wakerly

@@ -40,8 +40,8 @@ std::int64_t UpdaterLogSizeLimit(int level);
 bool IsUpdaterLogWritten();
 
 /// Writes `message` when the log's verbosity admits `level`, as do the others. At verbosity 5 to 9
-/// the target itself drops levels 3 and 4. One message is one row of the file: control characters
-/// are written as `\n`, `\r`, `\t`, else as `\x` and two hexadecimal digits.
+/// and above 10 the target itself drops levels 3 and 4. One message is one row of the file: control
+/// characters are written as `\n`, `\r`, `\t`, else as `\x` and two hexadecimal digits.
 void UpdaterLog(int level, const std::string& message);
 /// Writes `label` = `value`.
 void UpdaterLogValue(int level, const std::string& label, const std::string& value);
