@@ -1,9 +1,11 @@
 #include "ctl/explain.h"
 
+#include <algorithm>
 #include <boost/date_time/gregorian/formatters.hpp>
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/gregorian/parsers.hpp>
 #include <exception>
+#include <string_view>
 #include <tuple>
 #include <utility>
 
@@ -16,11 +18,19 @@ namespace {
 
 using boost::gregorian::date;
 
+// The parser takes other texts, too, and counts beyond what a number holds in some of them.
+bool IsOfTheForm(const std::string& text) {
+  constexpr std::string_view kForm = "0000-00-00";
+  return std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(), [](char byte, char form) {
+    return form == '0' ? byte >= '0' && byte <= '9' : byte == form;
+  });
+}
+
 // Nothing for a text that is no date of that form.
 std::optional<date> ParseDate(const std::string& text) {
   try {
-    const date day = boost::gregorian::from_simple_string(text);
-    return to_iso_extended_string(day) == text ? std::optional(day) : std::nullopt;
+    return IsOfTheForm(text) ? std::optional(boost::gregorian::from_simple_string(text))
+                             : std::nullopt;
   } catch (const std::exception&) {
     return std::nullopt;
   }
