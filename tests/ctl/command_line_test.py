@@ -2,6 +2,7 @@
 
 import contextlib
 import fcntl
+import itertools
 import os
 import pty
 import re
@@ -119,17 +120,17 @@ class OutputTest(TreeTest):
         secrets = {"a token": "/no/eyJhbGciOiJIUzI1NiJ9.eyJzdWIiOiIxIn0.log",
                    "a password": "/no/&lt;password&gt;secret&lt;/password&gt;/x.log"}
         keys = ("StartupLogFile", "LogLevel", "LastDateCheck", "UpdaterPrefSchedCheckFreq",
-                "IsScheduledTaskNeeded", "uninstallts")
-        self.staged.write(self.staged.stamp, "stamp")
-        for name, value in secrets.items():
-            for key in keys:
-                for arguments in ([], ["--json"]):
-                    with self.subTest(name, key=key, arguments=arguments):
-                        self.staged.write(self.staged.prefs, {"LogLevel": "2", key: value})
-                        self.staged.write(self.staged.admin_prefs, {"Suppressed": value})
-                        said = self.staged.ctl("explain", *arguments).stdout
-                        self.assertIn("****", said)
-                        self.assertNotRegex(said, "eyJ|secret")
+                "IsScheduledTaskNeeded", "uninstallts", "Suppressed")
+        tree = self.staged
+        for (name, value), key in itertools.product(secrets.items(), keys):
+            with self.subTest(name, key=key):
+                tree.write(tree.admin_prefs if key == "Suppressed" else tree.prefs, {key: value})
+                tree.write(tree.stamp, "new" if key == "uninstallts" else "")
+                as_json = tree.ctl("explain", "--json").stdout
+                self.assertIn("****", as_json)
+                self.assertNotRegex(as_json + tree.ctl("explain").stdout, "eyJ|secret")
+                tree.prefs.unlink(missing_ok=True)
+                tree.admin_prefs.unlink(missing_ok=True)
 
 
 if __name__ == "__main__":

@@ -322,6 +322,8 @@ def home_rows():
     no_folder = "log.no-folder check.no-folder notifier.not-due"
     for name, ids, stage, ordinary in (
             ("a file", never_run, lambda tree: tree.write(tree.top / "new"), False),
+            ("with a file in its library's place", never_run,
+             lambda tree: tree.write(tree.top / "new/Library"), False),
             ("a link to nothing", never_run,
              lambda tree: (tree.top / "new").symlink_to("gone/further"), False),
             ("read-only", never_run,
@@ -381,6 +383,7 @@ def said_of(said):
     log = said["log"]
     settings = {f"setting {setting['key']}": setting for setting in said["settings"]}
     return settings | {"log": [log["path"]] if log["writes"] else [], "level": log["level"],
+            "level in the file": str(log["level"]),
             "standard error": REASONS.get(log["id"], ""), "user": said["user"],
             "enabled": said["updater"]["enabled"], "due": said["check"]["due"],
             "last check replaced": said["check"]["id"] == "check.date-ahead",
@@ -404,8 +407,9 @@ def done_of(tree, row, before, run, said):
     for setting in said["settings"]:
         found = found_setting(setting, before, done["preferences wiped"], said["preferences"])
         done[f"setting {setting['key']}"] = found
-    if "LogLevel" in after and said["log"]["level"] is not None:
-        done["level"] = int(after["LogLevel"])
+    knows_level = said["log"]["id"] in ("log.written", "log.off")
+    if knows_level and said["preferences_state"] in ("missing", "empty", "loaded"):
+        done["level in the file"] = after.get("LogLevel")
     for path in logs:
         if path not in before.logs:
             done["user"] = pwd.getpwuid(path.stat().st_uid).pw_name
