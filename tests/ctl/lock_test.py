@@ -91,6 +91,11 @@ class LockTest(TreeTest):
         self.assertEqual(said.returncode, 2)
         self.assertRegex(said.stderr, "^wakerlyctl: The system refuses .*, made by root.*\n$")
 
+    def test_clear_takes_no_answer_that_nobody_types(self):
+        self.leave_lock("preferences", OLD)
+        said = self.machine.ctl("lock", "--clear", input="y\n")
+        self.assertEqual((said.returncode, self.shared_memory("preferences").exists()), (2, True), said)
+
     def answer(self, text, meanwhile=lambda: None):
         """Status of a clearing on a terminal, where `text` is typed after `meanwhile` has been done."""
         child, terminal = pty.fork()

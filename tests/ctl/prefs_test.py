@@ -59,12 +59,12 @@ class PrefsTest(TreeTest):
 
     def test_what_the_run_would_replace_has_its_source(self):
         self.machine.write(self.machine.prefs, {"IsScheduledTaskNeeded": "0", "IsScheduledTaskAdded": "1",
-                                                "OSVersion": "1"})
+                                                "OSVersion": "1", "ChannelsEnabled": mapped(a=1)})
         frequency = self.listed()["UpdaterPrefSchedCheckFreq"]
         self.assertEqual((frequency["value"], frequency["source"]), (3, "launch-agent"))
         self.machine.write(self.machine.stamp, "new")
         listed = self.listed()
-        for key, value in (("OSVersion", ""), ("uninstallts", "new")):
+        for key, value in (("OSVersion", ""), ("ChannelsEnabled", {}), ("uninstallts", "new")):
             with self.subTest(key=key):
                 self.assertEqual((listed[key]["value"], listed[key]["source"]), (value, "uninstall-stamp"))
 
