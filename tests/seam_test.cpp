@@ -120,11 +120,12 @@ TEST_F(Seam, NumbersThreadsAsTheSystemDoes) {
 }
 
 // One system does not tell where a semaphore comes from.
-TEST_F(Seam, NamesSemaphoresAndTellsWhoMadeOne) {
+TEST_F(Seam, NamesSemaphoresAndTellsWhoMadeOneAndHasIt) {
   const std::string name = platform::SemaphoreName("wakerly-seam-" + std::to_string(getpid()));
   EXPECT_EQ(platform::FindSemaphoreOrigin(name), std::nullopt) << "before there is one";
   sem_t* const made = sem_open(name.c_str(), O_CREAT | O_EXCL, 0600, 1);
   ASSERT_NE(made, SEM_FAILED);
+  EXPECT_TRUE(platform::MayHaveSemaphoreOpen(getpid(), name));
   sem_close(made);
   const auto origin = platform::FindSemaphoreOrigin(name);
   EXPECT_EQ(sem_unlink(name.c_str()), 0);

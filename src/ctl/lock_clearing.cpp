@@ -63,7 +63,8 @@ Finding ClearLock(const LockLook& lock, const Confirmation& confirm) {
   std::optional<Finding> obstacle = FindObstacle(lock);
   if (obstacle) return *obstacle;
   if (!confirm("Remove the lock on " + *lock.path + origin + "?")) {
-    return {Id::kLockNotConfirmed, "The lock on " + *lock.path + " stays: nobody said yes."};
+    return {Id::kLockNotConfirmed,
+            "The lock on " + *lock.path + " stays: nobody said yes, on a terminal or by --yes."};
   }
   obstacle = FindObstacle(lock);
   return obstacle ? *obstacle : Remove(lock, origin);

@@ -110,7 +110,8 @@ std::vector<std::string> FindBackups(const std::string& path) {
   for (const std::string& name : ListTree(folder)) {
     if (name.size() != begin.size() + std::size(kTimePattern) - 1 + end.size()) continue;
     if (!name.starts_with(begin) || !name.ends_with(end)) continue;
-    if (HasTimePattern(name.substr(begin.size()))) backups.push_back(folder + "/" + name);
+    if (!HasTimePattern(name.substr(begin.size()))) continue;
+    AppendPathComponent(backups.emplace_back(folder), name);
   }
   std::sort(backups.begin(), backups.end());
   return backups;
