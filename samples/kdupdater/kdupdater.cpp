@@ -5,7 +5,8 @@
 //
 //   KDUPDATER_TRACE             a file that gets one line for each call
 //   KDUPDATER_LOADING           what becomes of the process while the library is loaded: it "waits"
-//                               without an end, "crashes" or "exits"; "" for nothing
+//                               without an end, and a child of it with it, "crashes" or "exits"; ""
+//                               for nothing
 //   KDUPDATER_LATEST_RESULT     result of the latest-application request (258, "taken")
 //   KDUPDATER_INVOKE_RESULT     result of the invoke request (0)
 //   KDUPDATER_CALLBACK          LIST of when to call back once: "request" (before the request
@@ -148,7 +149,9 @@ __attribute__((constructor)) void Load() {
   const std::string what = value != nullptr ? value : "";
   if (what.empty()) return;
   std::puts("The library is loaded.");
-  while (what == "waits") pause();
+  if (what == "waits" && fork() >= 0) {
+    while (true) pause();
+  }
   if (what == "crashes") std::abort();
   if (what == "exits") std::exit(7);
 }

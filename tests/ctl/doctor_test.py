@@ -108,7 +108,10 @@ FAULTS = (
      "agent.no-program", "problem", True),
     ("an agent that is none", replace("agent", "Label", "Name"), "agent.malformed", "problem", True),
     ("an agent of another time", replace("agent", "<integer>2<", "<integer>3<"), "agent.time-differs", "note", False),
+    ("an agent of another minute", replace("agent", "<integer>0<", "<integer>5<"), "agent.time-differs", "note", False),
     ("no agent though it was added", lambda t: (t.agent.unlink(), prefs(IsScheduledTaskAdded="1")(t)),
+     "agent.missing", "problem", True),
+    ("no folder for it", lambda t: (shutil.rmtree(t.home / "Library/Preferences"), prefs(IsScheduledTaskAdded="1")(t)),
      "agent.missing", "problem", True),
     ("a folder as log", lambda t: t.log.mkdir(), "log.unwritable", "problem", True),
     ("a log in no folder", lambda t: prefs(StartupLogFile=t.home / "no one's/x.log")(t),
@@ -173,9 +176,14 @@ class DoctorTest(TreeTest):
         return {check["id"]: check for check in worst}
 
     def test_a_machine_in_order_has_nothing_to_tell(self):
-        checks = self.look(self.healthy_tree(), "--load-library")
+        tree = self.healthy_tree()
+        prefs(ChannelsEnabled='<MapPrefEntry MapPrefKey="a">1</MapPrefEntry>', Launch=" 'a' &amp; &gt;\n\tb ")(tree)
+        checks = self.look(tree, "--load-library")
         self.assertEqual([check for check in checks.values() if check["status"] != "ok"], [])
         self.assertIn("library.loads", checks)
+        tree.write(tree.folder / "quib.trace", "keeplogs")
+        notes = [name for name, check in self.look(tree).items() if check["status"] != "ok"]
+        self.assertEqual(notes, ["log.keeps-backups"], "what has an effect is no switch without one")
 
     def mend(self, tree, remedy):
         """Pastes the remedy into a terminal, and says yes."""
@@ -243,7 +251,7 @@ class DoctorTest(TreeTest):
         tree.environment["KDUPDATER_LOADING"] = "waits"
         with subprocess.Popen([WAKERLYCTL, "doctor", "--load-library"],
                               env=tree.environment, cwd=tree.top, **PIPES) as doctor:
-            self.await_processes(tree, 2)
+            self.await_processes(tree, 3)
             doctor.terminate()
             doctor.communicate(timeout=SECONDS)
         self.assertEqual(doctor.returncode, -signal.SIGTERM)
