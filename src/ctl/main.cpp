@@ -71,6 +71,11 @@ void AddCommands(CLI::App& app, CommandLine& line) {
   trial->add_option("library", line.tried_library)->required();
 }
 
+bool HasCommand(const CLI::App& app, const std::string& name) {
+  return !app.get_subcommands([&](const CLI::App* command) { return command->get_name() == name; })
+              .empty();
+}
+
 int RunCommand(const std::string& name, const CommandLine& line) {
   if (name == "explain") {
     const std::optional<Answer> answer = ctl::Explain(line.explain);
@@ -111,6 +116,10 @@ int Run(int argc, char** argv) {
   app.set_version_flag("--version", std::string("wakerlyctl ") + esd::ProgramVersion());
   app.require_subcommand(1);
   AddCommands(app, line);
+  // The parser would only say that a command is missing.
+  if (argc > 1 && argv[1][0] != '-' && !HasCommand(app, argv[1])) {
+    return ctl::Refuse("no such command: " + std::string(argv[1]) + "; see wakerlyctl --help");
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

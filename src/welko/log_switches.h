@@ -7,9 +7,9 @@
 
 namespace welko {
 
-/// The path of the switch file that decides: the first in the console user's logs folder that exists
-/// as a regular file, of `log_name` with the extension "trace" or "debug", then "quib.trace" and
-/// "quib.debug". Nothing when there is none.
+/// The path of the switch file that decides: the first in the console user's logs folder that
+/// exists as a regular file, of `log_name` with the extension "trace" or "debug", then "quib.trace"
+/// and "quib.debug". Nothing when there is none.
 std::optional<std::string> FindLogSwitch(const std::string& log_name);
 
 /// `level` as that switch file changes it: a trace file gives kLogTrace, a debug file lowers the
