@@ -150,8 +150,8 @@ class DocumentsTest(TreeTest):
 
     @classmethod
     def tearDownClass(cls):
-        print(f"documents: {cls.counts['run']} commands run, {cls.counts['mac only']} that only a Mac can show skipped "
-              f"({', '.join(cls.skipped) or 'none'}), {cls.counts['by hand']} to be run by hand")
+        print(f"\ndocuments: {cls.counts['run']} commands run, {cls.counts['by hand']} to be run by hand, "
+              f"{cls.counts['mac only']} that only a Mac can show skipped ({'; '.join(cls.skipped)})")
 
     def run_block(self, block, tree, folder):
         """Runs the commands in one shell, each of which must end with 0 unless its status is printed next."""
