@@ -1,7 +1,8 @@
 // Preference files of any bytes, the user's and the administrator's, on any day: a forecast that
 // changes no file, whose level, check and updater are what a store and the rules of a run make of
-// the same files, and whose JSON and page can be printed. Input: the day, or a line that is none
-// for a scheduled run, then the user's file up to a line of "%", then the administrator's.
+// the same files, and whose JSON and page can be printed, as can the doctor's and the list's.
+// Input: the day, or a line that is none for a scheduled run, then the user's file up to a line of
+// "%", then the administrator's.
 #include "ctl/forecast.h"
 
 #include <boost/date_time/gregorian/gregorian_types.hpp>
@@ -9,7 +10,9 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
+#include "ctl/doctor.h"
 #include "ctl/explain.h"
+#include "ctl/prefs.h"
 #include "driver/check_schedule.h"
 #include "driver/log_settings.h"
 #include "esd/prefs/prefs_writer.h"
@@ -109,6 +112,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     answer = ctl::Explain(options);
   }
   CheckPrinted(*answer);
+  CheckPrinted(ctl::Examine({}));
+  CheckPrinted(ctl::ShowPrefs(std::nullopt));
   CheckForecast(ctl::ForecastRun(false, boost::gregorian::from_simple_string(*options.at)), tree);
   CHECK(tree.State() == state);
   return 0;
