@@ -24,7 +24,7 @@ import tempfile
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent / "ctl"))
-from tree import BUILD, SECONDS, SOURCE, WAKERLYCTL, TreeTest  # pylint: disable=wrong-import-position
+from tree import BUILD, SECONDS, SOURCE, TreeTest  # pylint: disable=wrong-import-position
 
 MARKDOWN = sorted([SOURCE / "README.md", SOURCE / "CONTRIBUTING.md", *SOURCE.glob("docs/*.md")])
 MANUALS = sorted(SOURCE.glob("packaging/*.8"))
@@ -182,8 +182,8 @@ class DocumentsTest(TreeTest):
             self.counts["run"] += 1
 
     def check_document(self, blocks):
-        folder = pathlib.Path(tempfile.mkdtemp(prefix="wakerly-documents-"))
-        self.addCleanup(shutil.rmtree, folder)
+        folder = self.tree().top / "work"
+        folder.mkdir()
         tree = None
         for block in blocks:
             if block.kind == "file":
