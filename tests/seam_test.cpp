@@ -5,7 +5,9 @@
 #include <semaphore.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <cstdlib>
 #include <mutex>
 #include <thread>
@@ -16,6 +18,7 @@
 #include "platform/languages.h"
 #include "platform/md5.h"
 #include "platform/named_recursive_lock.h"
+#include "platform/processes.h"
 #include "platform/property_list.h"
 #include "platform/semaphore_name.h"
 #include "platform/thread_id.h"
@@ -52,7 +55,9 @@ TEST_F(Seam, ReadsArraysOfStringsAndIntegersOfInnerDictionaries) {
       {"both", "<string>a b</string><string/>", "<integer>7</integer>", "[a b][] 7"},
       {"nothing in the array", "", "<integer>-1</integer>", " -1"},
       {"a number among the strings", "<string>a</string><integer>1</integer>", "<string>7</string>",
-       "none none"}};
+       "none none"},
+      {"a truth", "", "<true/>", " none"},
+      {"a fraction", "", "<real>2.5</real>", " none"}};
   const std::string list = top / "Some.plist";
   for (const auto& [name, strings, number, found] : rows) {
     WriteFile(list,
@@ -117,6 +122,25 @@ TEST_F(Seam, NumbersThreadsAsTheSystemDoes) {
     EXPECT_TRUE(fs::exists(other)) << other;
   }).join();
   EXPECT_NE(task(), other);
+}
+
+TEST_F(Seam, FindsTheProcessesOfAProgramButNotThisOne) {
+  const pid_t child = StartChild([] { return execl("/bin/sleep", "sleep", "60", nullptr); });
+  const auto find = [&] {
+    const auto found = platform::FindProcesses("sleep");
+    return std::find_if(found.begin(), found.end(), [&](const platform::Process& process) {
+             return process.id == child && process.uid == geteuid() &&
+                    process.executable.ends_with("/sleep");
+           }) != found.end();
+  };
+  EXPECT_TRUE(Eventually("the process to be found", find));
+  kill(child, SIGKILL);
+  WaitFor(child);
+  EXPECT_FALSE(find()) << "after its end";
+  const std::string own = platform::MainExecutablePath();
+  for (const auto& process : platform::FindProcesses(own.substr(own.rfind('/') + 1))) {
+    EXPECT_NE(process.id, getpid());
+  }
 }
 
 // One system does not tell where a semaphore comes from.

@@ -1,5 +1,6 @@
-// Stands in for File Manager, Launch Services, Gestalt, SystemConfiguration and Core Foundation,
-// and keeps what they are asked. File Manager serves the tree that HOME and WAKERLY_ROOT name.
+// Stands in for File Manager, Launch Services, Gestalt, SystemConfiguration, Core Foundation and
+// the loader, and keeps what they are asked. File Manager serves the tree that HOME and
+// WAKERLY_ROOT name.
 #ifndef TESTS_MACOS_RECORDING_SYSTEM_H_
 #define TESTS_MACOS_RECORDING_SYSTEM_H_
 
@@ -17,6 +18,8 @@ struct RecordingSystem {
   std::map<std::string, std::int32_t> open_status;  ///< what LSOpenApplication answers, if not 0
   std::optional<std::pair<unsigned, unsigned>> console_user;
   std::map<std::string, std::int32_t> gestalt;  ///< what it knows
+  std::int32_t own_processor = 0;               ///< that this program is for
+  bool is_arm64 = false;                        ///< the machine
 };
 
 /// The one that all calls of this process go to.

@@ -1,6 +1,8 @@
 // What the macOS side of the seam asks of the system, to the argument.
 
 #include <gmock/gmock.h>
+#include <mach-o/fat.h>
+#include <mach-o/loader.h>
 
 #include <functional>
 
@@ -10,6 +12,7 @@
 #include "platform/folders.h"
 #include "platform/languages.h"
 #include "platform/named_recursive_lock.h"
+#include "platform/program_file.h"
 #include "platform/system_version.h"
 #include "tests/macos/recording_system.h"
 #include "tests/test_support.h"
@@ -121,6 +124,71 @@ TEST_F(Recordings, TheVersionIsTheProcessInformationsOrAllThreeNumbersOfGestalt)
     AddOperatingSystemVersion();
     EXPECT_THAT(version(), ElementsAre(14, 2, 1));
   });
+}
+
+template <typename Record>
+std::string Bytes(const Record& record) {
+  return {reinterpret_cast<const char*>(&record), sizeof record};
+}
+
+std::string ThinFile(std::uint32_t type, cpu_type_t processor) {
+  return Bytes(mach_header{MH_MAGIC_64, processor, 0, type, 0, 0, 0});
+}
+
+template <typename Record>
+std::string FatFile(std::uint32_t magic, const std::vector<cpu_type_t>& processors) {
+  const auto big_endian = [](std::uint32_t number) { return __builtin_bswap32(number); };
+  const auto count = static_cast<std::uint32_t>(processors.size());
+  std::string file = Bytes(fat_header{big_endian(magic), big_endian(count)});
+  for (const cpu_type_t processor : processors) {
+    Record record{};
+    record.cputype = static_cast<cpu_type_t>(big_endian(static_cast<std::uint32_t>(processor)));
+    file += Bytes(record);
+  }
+  return file;
+}
+
+TEST_F(Recordings, AProgramFitsWhereTheMachineHasAProcessorForItAndALibraryWhereTheProgramHas) {
+  constexpr cpu_type_t kArm = CPU_TYPE_ARM64, kIntel = CPU_TYPE_X86_64, kOld = CPU_TYPE_I386;
+  const std::string both = FatFile<fat_arch>(FAT_MAGIC, {kIntel, kArm});
+  struct Row {
+    const char* name;
+    std::string file;
+    cpu_type_t own;
+    const char *runs, *loads;
+  };
+  const Row rows[] = {
+      {"program", ThinFile(MH_EXECUTE, kArm), kArm, "fits", "none"},
+      {"library", ThinFile(MH_DYLIB, kArm), kArm, "none", "fits"},
+      {"bundle", ThinFile(MH_BUNDLE, kIntel), kIntel, "none", "fits"},
+      {"for two, by Intel", both, kIntel, "fits", "fits"},
+      {"for two, by ARM", both, kArm, "fits", "fits"},
+      {"64-bit records", FatFile<fat_arch_64>(FAT_MAGIC_64, {kOld, kArm}), kArm, "fits", "fits"},
+      {"for two others", FatFile<fat_arch>(FAT_MAGIC, {kOld, 18}), kArm, "other", "other"},
+      {"of old", ThinFile(MH_EXECUTE, kOld), kIntel, "other", "none"},
+      {"translator missing", ThinFile(MH_EXECUTE, kIntel), kArm, "other", "none"},
+      {"by a translated program", ThinFile(MH_EXECUTE, kArm), kIntel, "fits", "none"},
+      {"into a translated program", ThinFile(MH_DYLIB, kArm), kIntel, "none", "other"},
+      {"Java", "\xCA\xFE\xBA\xBE" + std::string(3, '\0') + std::string(99, '4'), kArm, "none",
+       "none"},
+      {"torn", both.substr(0, 10), kArm, "none", "none"},
+      {"nothing", "", kArm, "none", "none"}};
+  const std::string file = top / "file";
+  const std::map<platform::ProgramFit, std::string> words = {
+      {platform::ProgramFit::kFits, "fits"},
+      {platform::ProgramFit::kNoProgram, "none"},
+      {platform::ProgramFit::kOtherProcessor, "other"}};
+  system.is_arm64 = true;
+  for (const Row& row : rows) {
+    WriteFile(file, row.file);
+    system.own_processor = row.own;
+    EXPECT_EQ(words.at(platform::FitToRun(file)), row.runs) << "to run: " << row.name;
+    EXPECT_EQ(words.at(platform::FitToLoad(file)), row.loads) << "to load: " << row.name;
+  }
+  system = {};
+  system.own_processor = kIntel;
+  WriteFile(file, ThinFile(MH_EXECUTE, kArm));
+  EXPECT_EQ(words.at(platform::FitToRun(file)), "other") << "on a machine for Intel";
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "platform/bundle.h"
 
+#include <string_view>
+
 #include "platform/file_descriptor.h"
 #include "platform/macos/text.h"
 #include "platform/property_list.h"
@@ -24,6 +26,11 @@ id Find(id node, const std::string& key, Class kind) {
   if (![node isKindOfClass:[NSDictionary class]]) return nil;
   id value = [node objectForKey:ToNSString(key)];
   return [value isKindOfClass:kind] ? value : nil;
+}
+
+// Truths and fractions are numbers, too; Foundations differ in what a truth is made of.
+bool IsInteger(NSNumber* number) {
+  return std::string_view("cCBfd").find(*[number objCType]) == std::string_view::npos;
 }
 
 }  // namespace
@@ -73,7 +80,8 @@ std::optional<std::int64_t> ReadPropertyListInteger(const std::string& path,
   @autoreleasepool {
     id inner = Find(ReadPropertyList(path), outer_key, [NSDictionary class]);
     NSNumber* value = Find(inner, key, [NSNumber class]);
-    return value != nil ? std::optional<std::int64_t>([value longLongValue]) : std::nullopt;
+    if (value == nil || !IsInteger(value)) return std::nullopt;
+    return [value longLongValue];
   }
 }
 

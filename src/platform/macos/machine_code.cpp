@@ -4,6 +4,7 @@
 #include <mach-o/dyld.h>
 #include <mach-o/fat.h>
 #include <mach-o/loader.h>
+#include <sys/sysctl.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -39,28 +40,44 @@ std::vector<cpu_type_t> FatProcessors(std::string_view head) {
   return processors;
 }
 
-std::vector<cpu_type_t> Processors(std::string_view head) {
+bool IsFor(ProgramUse use, std::uint32_t file_type) {
+  if (use == ProgramUse::kRun) return file_type == MH_EXECUTE;
+  return file_type == MH_DYLIB || file_type == MH_BUNDLE;
+}
+
+// Those that the file has code of the right type for. What a file for several has for one of them
+// lies far behind its head.
+std::vector<cpu_type_t> Processors(std::string_view head, ProgramUse use) {
   mach_header header{};
   if (!ReadAt(head, 0, header)) return {};
   // One of the other byte order is for a processor that no such system runs on.
-  if (header.magic == MH_MAGIC_64 || header.magic == MH_MAGIC) return {header.cputype};
-  return FatProcessors(head);
+  if (header.magic != MH_MAGIC_64 && header.magic != MH_MAGIC) return FatProcessors(head);
+  if (!IsFor(use, header.filetype)) return {};
+  return {header.cputype};
 }
 
-// The translator that runs programs for x86_64 on arm64, where it is installed.
-bool IsTranslated(cpu_type_t processor, cpu_type_t own) {
-  return processor == CPU_TYPE_X86_64 && own == CPU_TYPE_ARM64 &&
+// Whether this machine is for arm64, where a program for x86_64, such as this one, is translated.
+bool IsArm64() {
+  int answer = 0;
+  std::size_t size = sizeof answer;
+  return sysctlbyname("hw.optional.arm64", &answer, &size, nullptr, 0) == 0 && answer == 1;
+}
+
+// Whether a new process could have code for that processor, though this one is for another.
+bool IsRunBeside(cpu_type_t processor, cpu_type_t own) {
+  if (own == CPU_TYPE_X86_64) return processor == CPU_TYPE_ARM64 && IsArm64();
+  return processor == CPU_TYPE_X86_64 &&
          access("/Library/Apple/usr/libexec/oah/libRosettaRuntime", F_OK) == 0;
 }
 
 }  // namespace
 
 ProgramFit FitOfMachineCode(std::string_view head, ProgramUse use) {
-  const std::vector<cpu_type_t> processors = Processors(head);
+  const std::vector<cpu_type_t> processors = Processors(head, use);
   const cpu_type_t own = _dyld_get_image_header(0)->cputype;
   for (const cpu_type_t processor : processors) {
     if (processor == own) return ProgramFit::kFits;
-    if (use == ProgramUse::kRun && IsTranslated(processor, own)) return ProgramFit::kFits;
+    if (use == ProgramUse::kRun && IsRunBeside(processor, own)) return ProgramFit::kFits;
   }
   return processors.empty() ? ProgramFit::kNoProgram : ProgramFit::kOtherProcessor;
 }

@@ -9,9 +9,9 @@
 namespace platform {
 namespace {
 
-std::string Executable(pid_t id, const proc_bsdinfo& info) {
+std::string Executable(pid_t id, const proc_bsdshortinfo& info) {
   std::array<char, PROC_PIDPATHINFO_MAXSIZE> path{};
-  return proc_pidpath(id, path.data(), path.size()) > 0 ? path.data() : info.pbi_name;
+  return proc_pidpath(id, path.data(), path.size()) > 0 ? path.data() : info.pbsi_comm;
 }
 
 std::vector<pid_t> AllProcesses() {
@@ -29,14 +29,15 @@ std::vector<pid_t> AllProcesses() {
 std::vector<Process> FindProcesses(const std::string& name) {
   std::vector<Process> processes;
   for (const pid_t id : AllProcesses()) {
-    proc_bsdinfo info{};
-    if (id == getpid() ||
-        proc_pidinfo(id, PROC_PIDTBSDINFO, 0, &info, sizeof info) != sizeof info) {
+    // The longer form tells only of this user's own processes (sys/proc_info.h has both).
+    proc_bsdshortinfo info{};
+    constexpr int kSize = sizeof info;
+    if (id == getpid() || proc_pidinfo(id, PROC_PIDT_SHORTBSDINFO, 0, &info, kSize) != kSize) {
       continue;
     }
     std::string executable = Executable(id, info);
     if (executable.substr(executable.rfind('/') + 1) != name) continue;
-    processes.push_back({id, info.pbi_uid, std::move(executable)});
+    processes.push_back({id, info.pbsi_uid, std::move(executable)});
   }
   return processes;
 }

@@ -22,6 +22,7 @@
 @end
 
 @interface NSNumber : NSObject
+@property(readonly) const char* objCType;
 @property(readonly) long long longLongValue;
 @end
 

@@ -1,0 +1,3 @@
+#include <endian.h>
+
+#define OSSwapBigToHostInt32(number) be32toh(number)
