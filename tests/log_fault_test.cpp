@@ -145,6 +145,16 @@ TEST_F(LogFault, LockOfAnotherMakerIsWaitedForBeforeItIsPrepared) {
   EXPECT_LT(shortest, std::chrono::milliseconds(10)) << "for a set of its own";
 }
 
+TEST_F(LogFault, LockWorksWhenTheCountOfTheAttachedIsFull) {
+  const welko::LogFileLock first(log);
+  semctl(Set(), 0, SETVAL, 32767);
+  ExpectInChild([this] {
+    welko::LogFileLock uncounted(log);
+    EXPECT_TRUE(welko::LogFileLock::Hold(&uncounted));
+  });
+  EXPECT_EQ(Lock(), "32767 attached, free");
+}
+
 TEST_F(LogFault, LockIsGivenBackWhereItsSetIsAnotherUsers) {
   Set();
   const std::string left = geteuid() == 0 ? "free" : "held";  // a new set is

@@ -1,13 +1,10 @@
 #include <gmock/gmock.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
+#include <cstdarg>
 #include <regex>
 
 #include "esd/log/updater_log.h"
 #include "tests/log_support.h"
-#include "welko/log_level.h"
-#include "welko/log_switches.h"
 
 namespace test {
 namespace {
@@ -89,68 +86,6 @@ TEST_F(LogTarget, CutsAMessageWithArgumentsTo4095Bytes) {
   EXPECT_EQ(LastMessage().size(), 4097U) << "without arguments";
 }
 
-TEST_F(LogTarget, WritesThreadIdsWhereTheSystemHasThem) {
-  const std::string id = std::to_string(gettid());
-  const std::pair<std::string, std::string> rows[] = {
-      {"10.5.8", ""}, {"10.6.0", id}, {"11.3.0", id}};
-  for (const auto& [version, thread_id] : rows) {
-    SCOPED_TRACE("system version " + version);
-    WriteFile(
-        root / "System/Library/CoreServices/SystemVersion.plist",
-        "<plist><dict><key>ProductVersion</key><string>" + version + "</string></dict></plist>");
-    fs::resize_file(log, 0);
-    welko::LogTargetDefault own("T");
-    ASSERT_TRUE(OpenOn(own, log));
-    Write(own, "text");
-    EXPECT_EQ(Messages(ReadLog(log)).at(4), "OS Version: " + version);
-    EXPECT_THAT(ReadLines(log).back(), testing::EndsWith(" | f | " + thread_id + " | text"));
-  }
-}
-
-TEST_F(LogTarget, MergesAReplacementIntoTheHeaderOfAnInstalledSuite) {
-  WriteFile(root / "Applications/Utilities/Vantre Lumora/Lumdesk/Lumora.app/Contents/Info.plist",
-            "<plist><dict><key>CFBundleShortVersionString</key><string>5.1 &lt;b&gt;</string>"
-            "</dict></plist>");
-  welko::LogTargetDefault own("T");
-  ASSERT_TRUE(OpenOn(own, log));
-  const welko::HeaderBlock replacement = {"top", {{"New: ", "1"}, {"OS Locale: ", "xx"}}, "bottom"};
-  const std::string merged =
-      "top\nLumdesk Version: 5.1 <b>\nBit: 64\nOS Locale: xx\nOS Name: Mac OS 0.0.0\n"
-      "OS Version: 0.0.0\nNew: 1\nbottom\n";
-  own.WriteHeader(welko::kLogWarn, {}, &replacement);
-  EXPECT_THAT(ReadLog(log).at(0), StartsWith("TIME | [WARN] | "));
-  fs::resize_file(log, 0);
-  Write(own, "text");
-  EXPECT_EQ(Text(Messages(ReadLog(log))), merged + "text\n") << "in the header of an empty file";
-}
-
-TEST_F(LogTarget, TakesItsLevelFromTheFirstSwitchFile) {
-  const struct {
-    Lines files;
-    int level, expected;
-  } rows[] = {{{"own.trace", "own.debug"}, 40, 10},
-              {{"own.debug", "quib.trace"}, 21, 20},
-              {{"own.debug", "quib.trace"}, 19, 19},
-              {{"quib.trace", "quib.debug"}, 40, 10},
-              {{"quib.debug"}, 40, 20},
-              {{"own.log.trace", "Welko.trace"}, 40, 40}};
-  for (const auto& row : rows) {
-    fs::remove_all(user_logs);
-    for (const std::string& name : row.files) WriteFile(user_logs / name, "");
-    EXPECT_EQ(welko::ApplyLogSwitches("own.log", row.level), row.expected)
-        << "level " << row.level << " with the files: " << Text(row.files);
-  }
-}
-
-TEST_F(LogTarget, TakesAFifoForNoSwitchFile) {
-  fs::create_directories(user_logs);
-  mkfifo((user_logs / "quib.trace").c_str(), 0600);
-  ExpectInChild([this] {  // opening a FIFO would wait for ever
-    EXPECT_EQ(welko::ApplyLogSwitches("own.log", 40), 40);
-    EXPECT_FALSE(welko::KeepsOldLogs(user_logs));
-  });
-}
-
 TEST_F(LogTarget, HidesCredentialsAndTokens) {
   // In one message, where each mask changes the length of what stands before the next.
   std::string all, masked;
@@ -195,16 +130,6 @@ TEST_F(UpdaterLog, WritesTheLevelsOfItsTable) {
     EXPECT_EQ(fs::exists(log), configured > 0) << "whether there is a log";
     EXPECT_EQ(std::regex_replace(Text(LinesAfterHeader(ReadLog(log))), fields, "$1 "), expected);
   }
-}
-
-TEST_F(UpdaterLog, GoesToTheDefaultFileAndItsSwitchesWhereItsPathNamesNoFolder) {
-  WriteFile(user_logs / "Welko.trace", "");
-  ExpectInChild([] {
-    EXPECT_FALSE(esd::InitUpdaterLog("own.log", 5, "", "", ""));
-    esd::UpdaterLogInt(3, "%s%1", 7);
-  });
-  EXPECT_EQ(MessagesAfterHeader(user_logs / "Welko.log"),
-            ">>> Vantre Updater Log Begin >>>\n%s%1 = 7\n");
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 #ifndef TESTS_SCRATCH_FOLDER_H_
 #define TESTS_SCRATCH_FOLDER_H_
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>

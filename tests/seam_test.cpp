@@ -15,7 +15,6 @@
 #include "platform/bundle.h"
 #include "platform/file_attributes.h"
 #include "platform/folders.h"
-#include "platform/languages.h"
 #include "platform/md5.h"
 #include "platform/named_recursive_lock.h"
 #include "platform/processes.h"
@@ -76,18 +75,10 @@ TEST_F(Seam, ReadsArraysOfStringsAndIntegersOfInnerDictionaries) {
   }
 }
 
-// GNUstep knows the languages that the program was started with, and adds its own.
-TEST_F(Seam, KnowsTheLanguagesInTheirOrderAndTheLocale) {
-  setenv("LANGUAGE", "ar:sv", 1);
-  setenv("LC_ALL", "ar_MA.UTF-8", 1);
-  Lines languages = platform::PreferredLanguages();
-  languages.resize(2);
-  EXPECT_EQ(Text(languages), "ar\nsv\n");
-  EXPECT_EQ(platform::CurrentLocaleIdentifier(), "ar_MA");
-}
-
 TEST_F(Seam, KnowsTheProgramsPlaceAndPlainPaths) {
-  EXPECT_EQ(platform::MainExecutablePath(), fs::read_symlink("/proc/self/exe"));
+  EXPECT_TRUE(
+      fs::equivalent(platform::MainExecutablePath(), testing::internal::GetArgvs().front()));
+  EXPECT_EQ(platform::MainExecutablePath().substr(0, 1), "/");
   EXPECT_EQ(platform::StandardizePath("/a//./b/../c/"), "/a/c");
   EXPECT_EQ(platform::StandardizePath("/"), "/");
   EXPECT_EQ(platform::HomeFolder().substr(0, 1), "/");
@@ -98,7 +89,9 @@ TEST_F(Seam, TellsALockedFileFromALinkToItAndUnlocksIt) {
   WriteFile(file, "");
   fs::create_symlink(file, link);
   // Not every user may, nor has every file system such a thing.
-  const bool locked = std::system(("chattr +i " + file + " 2>/dev/null").c_str()) == 0;
+  const bool locked =
+      std::system(("(chattr +i " + file + " || chflags uchg " + file + ") 2>/dev/null").c_str()) ==
+      0;
   EXPECT_EQ(platform::IsLocked(file), locked);
   EXPECT_FALSE(platform::IsLocked(link));
   EXPECT_TRUE(platform::ClearLocked(link));
@@ -114,14 +107,10 @@ TEST_F(Seam, DigestsBytes) {
             "\x90\x01\x50\x98\x3C\xD2\x4F\xB0\xD6\x96\x3F\x7D\x28\xE1\x7F\x72");
 }
 
-TEST_F(Seam, NumbersThreadsAsTheSystemDoes) {
-  const auto task = [] { return "/proc/self/task/" + std::to_string(platform::CurrentThreadId()); };
-  std::string other;
-  std::thread([&] {
-    other = task();
-    EXPECT_TRUE(fs::exists(other)) << other;
-  }).join();
-  EXPECT_NE(task(), other);
+TEST_F(Seam, NumbersThreads) {
+  const auto own = platform::CurrentThreadId();
+  std::thread([&] { EXPECT_NE(platform::CurrentThreadId(), own); }).join();
+  EXPECT_EQ(platform::CurrentThreadId(), own);
 }
 
 TEST_F(Seam, FindsTheProcessesOfAProgramButNotThisOne) {

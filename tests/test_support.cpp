@@ -17,6 +17,8 @@
 #include <regex>
 #include <sstream>
 
+extern char** environ;
+
 namespace test {
 namespace {
 
@@ -39,8 +41,7 @@ void EndLateChild(pid_t child) {
 }  // namespace
 
 TreeTest::TreeTest() : user_(geteuid()), mask_(umask(022)) {
-  // The texts of an environment are never freed (setenv(3), glibc).
-  for (char** text = environ; *text != nullptr; ++text) environment_.push_back(*text);
+  for (char** text = environ; *text != nullptr; ++text) environment_.emplace_back(*text);
   fs::create_directories(home);
   fs::create_directories(root);
   setenv("HOME", home.c_str(), 1);
@@ -61,8 +62,11 @@ TreeTest::~TreeTest() {
   }
   umask(mask_);
   fs::current_path(folder_);
-  clearenv();
-  for (char* variable : environment_) putenv(variable);
+  *environ = nullptr;
+  for (const std::string& variable : environment_) {
+    const std::size_t name = variable.find('=');
+    setenv(variable.substr(0, name).c_str(), variable.c_str() + name + 1, 1);
+  }
   tzset();
 }
 
@@ -189,9 +193,10 @@ void RunAll(int count, const std::function<int(int)>& body) {
 
 void WaitForAllChildren() {
   if (ComesToHold([] { return waitpid(-1, nullptr, WNOHANG) < 0; })) return;
-  // As far as the system tells (proc(5)).
-  std::istringstream ids(ReadFile("/proc/self/task/" + std::to_string(gettid()) + "/children"));
-  for (pid_t child = 0; ids >> child; waitpid(child, nullptr, 0)) EndLateChild(child);
+  for (const pid_t child : ChildProcesses()) {
+    EndLateChild(child);
+    waitpid(child, nullptr, 0);
+  }
 }
 
 void BecomeOrdinaryUser() {

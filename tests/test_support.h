@@ -31,7 +31,7 @@ inline constexpr std::chrono::seconds kDeadline{60};
 /// or one of the product's singletons belongs into a child process.
 class TreeTest : public testing::Test {
  private:
-  std::vector<char*> environment_;
+  Lines environment_;
   const fs::path folder_ = fs::current_path();
   const uid_t user_;
   const mode_t mask_;
@@ -88,6 +88,8 @@ pid_t StartChild(const std::function<int()>& body);
 int WaitFor(pid_t child);
 /// The same for every child process that there is.
 void WaitForAllChildren();
+/// The child processes of this one, as far as the system tells.
+std::vector<pid_t> ChildProcesses();
 /// Runs `body` with each number below `count` at the same time, in child processes whose exit
 /// statuses must be 0.
 void RunAll(int count, const std::function<int(int)>& body);
