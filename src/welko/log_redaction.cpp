@@ -50,6 +50,11 @@ std::string RedactedValue(const std::string& key, const std::string& value) {
   const std::string closing = "</" + key + ">";
   std::string element = opening + value + closing;
   if (Redact(element, CredentialKeys())) return std::string(kMask);
+  // A key that holds tags is masked with its value, at times.
+  if (!element.starts_with(opening) || !element.ends_with(closing) ||
+      element.size() < opening.size() + closing.size()) {
+    return std::string(kMask);
+  }
   return element.substr(opening.size(), element.size() - opening.size() - closing.size());
 }
 

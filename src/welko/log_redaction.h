@@ -25,7 +25,8 @@ void MaskCredentials(std::string& message, const std::vector<std::string>& keys)
 bool Redact(std::string& message, const std::vector<std::string>& keys);
 
 /// `value` as a log may show it behind `key`: as what is left of it when it stands in the log as
-/// the element <key>value</key>.
+/// the element <key>value</key>. The mask alone where that leaves nothing of the element to tell
+/// the value by: a key can hold tags itself.
 std::string RedactedValue(const std::string& key, const std::string& value);
 
 }  // namespace welko

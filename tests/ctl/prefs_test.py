@@ -51,6 +51,12 @@ class PrefsTest(TreeTest):
                 self.assertEqual({name: listed[key][name] for name in expected}, expected)
         self.assertNotIn("secret", self.machine.ctl("prefs").stdout)
 
+    def test_a_key_of_a_map_can_hold_tags(self):
+        key = "user&gt;&lt;username&gt;" + 99 * "a" + "&lt;/username&gt;"
+        self.machine.write(self.machine.prefs, {"NotificationMessage": mapped(**{key: "secret"})})
+        (shown,) = self.listed("NotificationMessage")["NotificationMessage"]["value"].values()
+        self.assertEqual(shown, "****")
+
     def test_the_first_of_two_entries_counts(self):
         self.machine.write(self.machine.prefs, "<Preferences><LogLevel>3</LogLevel><LogLevel>1</LogLevel></Preferences>")
         level = self.listed("LogLevel")["LogLevel"]
