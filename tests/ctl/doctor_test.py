@@ -167,7 +167,7 @@ class DoctorTest(TreeTest):
         before = tree.state()
         said = tree.ctl("doctor", "--json", *arguments)
         self.assertEqual(tree.state(), before, "doctor changed the tree")
-        self.assertEqual(tree.processes(), [], "doctor left a process behind")
+        self.await_processes(tree, 0)
         output = json.loads(said.stdout)
         check_schema("doctor", output)
         worst = sorted(output["checks"], key=lambda check: ["ok", "note", "problem"].index(check["status"]))
@@ -261,7 +261,7 @@ class DoctorTest(TreeTest):
         deadline = time.monotonic() + SECONDS / 10
         while len(tree.processes()) != count and time.monotonic() < deadline:
             time.sleep(0.01)
-        self.assertEqual(len(tree.processes()), count, "processes of the trial")
+        self.assertEqual(len(tree.processes()), count, "processes that doctor started")
 
     def test_what_the_log_masks_is_not_told(self):
         tree = self.healthy_tree()
