@@ -32,7 +32,7 @@ int Print(const Answer& answer, bool as_json) {
 }
 
 void Complain(std::string_view text) {
-  platform::WriteToStandardError("wakerlyctl: " + Printable(std::string(text)) + "\n");
+  platform::WriteToStandardError("wakerlyctl: " + Printable(text) + "\n");
 }
 
 int Refuse(std::string_view text) {

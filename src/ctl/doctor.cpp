@@ -122,12 +122,13 @@ Check LookAtLibrary(const Forecast::Library& library) {
   return {Grade::kBad, id, why + " Install the updater again."};
 }
 
-// What the log masks or drops is not told here either, and no command can be told without it.
+// What the log masks or drops is not told here either. A command that would be another one without
+// it, or without what a terminal may act on, is none.
 void Mask(Checks& checks) {
   const auto masked = [](const std::string& text) { return welko::RedactedValue("finding", text); };
   for (Check& check : checks) {
     check.finding = masked(check.finding);
-    if (check.remedy && masked(*check.remedy) != *check.remedy) check.remedy.reset();
+    if (check.remedy && Printable(masked(*check.remedy)) != *check.remedy) check.remedy.reset();
   }
 }
 

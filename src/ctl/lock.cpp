@@ -143,7 +143,7 @@ Page ToPage(const State& state) {
 
 bool Ask(const std::string& question) {
   std::string answer;
-  return WriteOutput(question + " [y/N] ") && std::getline(std::cin, answer) &&
+  return WriteOutput(Printable(question) + " [y/N] ") && std::getline(std::cin, answer) &&
          (answer == "y" || answer == "Y" || answer == "yes");
 }
 

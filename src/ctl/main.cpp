@@ -20,7 +20,6 @@
 #include "driver/standard_streams.h"
 #include "esd/util/program_version.h"
 #include "platform/folder_making.h"
-#include "platform/standard_error.h"
 
 namespace {
 
@@ -97,10 +96,8 @@ int RunCommand(const std::string& name, const CommandLine& line) {
 // What the parser prints: a help or version text that was asked for, or what is wrong.
 int PrintUsage(const CLI::App& app, const CLI::ParseError& error) {
   std::ostringstream text;
-  std::ostringstream refusal;
-  if (app.exit(error, text, refusal) == 0) return ctl::PrintText(text.str());
-  platform::WriteToStandardError(refusal.str());
-  return ctl::kRefused;
+  if (app.exit(error, text, text) == 0) return ctl::PrintText(text.str());
+  return ctl::Refuse(std::string(error.what()) + "; see wakerlyctl --help");
 }
 
 int Run(int argc, char** argv) {

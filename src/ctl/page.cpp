@@ -83,12 +83,39 @@ void AppendGap(std::string& page, std::size_t label, std::size_t indent, const D
   page.append(!display.is_terminal ? kGap : fits ? indent - label : indent, ' ');
 }
 
+// The characters that a terminal may act on, in UTF-8: their last byte, and what stands before it.
+struct ActingCharacters {
+  std::string_view before;
+  unsigned char first;
+  unsigned char last;
+};
+constexpr ActingCharacters kActing[] = {
+    {"", 0x00, 0x1F},         {"", 0x7F, 0x7F}, {"\xC2", 0x80, 0x9F},
+    {"\xE2\x80", 0xA8, 0xAE},  // line and paragraph separator, and the direction of writing
+    {"\xE2\x81", 0xA6, 0xA9},  // that direction
+};
+
+// The length of the character that `text` begins with, if it is one of those; else 0.
+std::size_t ActingLength(std::string_view text) {
+  for (const auto& [before, first, last] : kActing) {
+    if (text.size() <= before.size() || !text.starts_with(before)) continue;
+    const auto byte = static_cast<unsigned char>(text[before.size()]);
+    if (byte >= first && byte <= last) return before.size() + 1;
+  }
+  return 0;
+}
+
 }  // namespace
 
-std::string Printable(std::string text) {
-  const auto is_control = [](unsigned char byte) { return byte < ' ' || byte == 0x7F; };
-  std::replace_if(text.begin(), text.end(), is_control, '?');
-  return text;
+std::string Printable(std::string_view text) {
+  std::string printable;
+  printable.reserve(text.size());
+  while (!text.empty()) {
+    const std::size_t acting = ActingLength(text);
+    printable += acting != 0 ? '?' : text.front();
+    text.remove_prefix(std::max<std::size_t>(acting, 1));
+  }
+  return printable;
 }
 
 Display StandardDisplay() {

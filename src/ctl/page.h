@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ctl {
@@ -23,8 +24,9 @@ struct Display {
 /// turn the colour off.
 Display StandardDisplay();
 
-/// `text` with "?" for each control character, line ends too.
-std::string Printable(std::string text);
+/// `text` with "?" for each character that a terminal may act on: control characters (C0 and C1 of
+/// ISO 6429), line ends too, and those that turn the direction of writing (UAX #9).
+std::string Printable(std::string_view text);
 
 /// Rows are collected and rendered at the end, when the widest label is known.
 class Page {

@@ -1,6 +1,7 @@
 #include "ctl/value.h"
 
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 namespace ctl {
 namespace {
@@ -31,11 +32,29 @@ Json Convert(const Value& value) {
       value.content());
 }
 
+// The library leaves the C1 controls of ISO 6429 as they are, and a terminal may act on them.
+std::string EscapeC1(std::string_view json) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string escaped;
+  std::size_t lead = 0;
+  while ((lead = json.find('\xC2')) != std::string_view::npos) {
+    const auto byte = static_cast<unsigned char>(json[lead + 1]);
+    escaped += json.substr(0, lead);
+    if (byte < 0xA0) {
+      escaped.append("\\u00").append({kDigits[byte >> 4U], kDigits[byte & 0xFU]});
+    } else {
+      escaped += json.substr(lead, 2);
+    }
+    json.remove_prefix(lead + 2);
+  }
+  return escaped.append(json);
+}
+
 }  // namespace
 
 std::string ToJson(const Value& value) {
   constexpr int kIndent = 2;
-  return Convert(value).dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n";
+  return EscapeC1(Convert(value).dump(kIndent, ' ', false, Json::error_handler_t::replace)) + "\n";
 }
 
 }  // namespace ctl

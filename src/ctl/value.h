@@ -51,7 +51,7 @@ class Value {
 };
 
 /// The JSON text (RFC 8259) of `value`, indented, with a newline at its end. What is no UTF-8 in a
-/// text is replaced by U+FFFD.
+/// text is replaced by U+FFFD. No control character stands there unescaped, but DEL.
 std::string ToJson(const Value& value);
 
 }  // namespace ctl

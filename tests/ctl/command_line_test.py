@@ -116,6 +116,17 @@ class OutputTest(TreeTest):
             with self.subTest("aligned", row=row):
                 self.assertRegex(row, f"^[a-z ]{{{column - 2}}}  [^ ]")
 
+    def test_lets_no_text_act_on_a_terminal(self):
+        tree = self.staged
+        tree.write(tree.prefs, {"StartupLogFile": "/no/\u009b31m\u202e\u2028/x.log"})
+        for arguments in (["explain"], ["doctor"], ["prefs"], ["log"], ["no\u009b31m"], ["explain", "no\u009b31m"],
+                          ["explain", "--json"], ["doctor", "--json"]):
+            with self.subTest(arguments):
+                said = tree.ctl(*arguments)
+                acting = "[\x80-\x9f]" if "--json" in arguments else "[\x80-\x9f\u202e\u2028]"
+                self.assertNotRegex(said.stdout + said.stderr, acting)
+                self.assertNotIn("mkdir", said.stdout, "a command with another path")
+
     def test_masks_what_the_log_masks(self):
         secrets = {"a token": "/no/eyJhbGciOiJIUzI1NiJ9.eyJzdWIiOiIxIn0.log",
                    "a password": "/no/&lt;password&gt;secret&lt;/password&gt;/x.log"}
