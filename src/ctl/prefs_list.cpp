@@ -1,6 +1,7 @@
 #include "ctl/prefs_list.h"
 
-#include <algorithm>
+#include <map>
+#include <set>
 #include <utility>
 
 namespace ctl {
@@ -13,10 +14,11 @@ const esd::XMLDocumentNode::Children& EntriesOf(const PrefsView& view) {
   return view.root() != nullptr ? view.root()->children() : none;
 }
 
-std::size_t CountEntries(const PrefsView& view, const std::string& key) {
-  const auto& entries = EntriesOf(view);
-  return static_cast<std::size_t>(std::count_if(
-      entries.begin(), entries.end(), [&](const auto& entry) { return entry->GetName() == key; }));
+// How many entries there are of each key.
+std::map<std::string, std::size_t> CountEntries(const PrefsView& view) {
+  std::map<std::string, std::size_t> counts;
+  for (const auto& entry : EntriesOf(view)) ++counts[entry->GetName()];
+  return counts;
 }
 
 template <typename T>
@@ -53,34 +55,36 @@ ListedPref ListKnown(const SchemaKey& key, Settings& settings) {
 
 ListedPref ListUnknown(const esd::XMLDocumentNode& entry, Settings& settings) {
   const std::string key = entry.GetName();
-  const auto map = settings.ReadMap<std::string>(key);
+  const auto map = settings.ReadMapEntry<std::string>(key, &entry);
   const bool is_map = !entry.children().empty() && map.value;
-  ListedPref listed = is_map ? ToListed(map) : Read<std::string>(settings, key, "");
+  ListedPref listed =
+      is_map ? ToListed(map) : ToListed(settings.ReadEntry(key, &entry, std::string()));
   // It has no default, but may stand there without a text.
   if (listed.source == Source::kDefault) listed.source = settings.file_source();
   listed.type = kUnknownType;
   return listed;
 }
 
-bool IsListed(const std::vector<ListedPref>& list, const std::string& key) {
-  return std::any_of(list.begin(), list.end(),
-                     [&](const ListedPref& listed) { return listed.key == key; });
-}
-
 }  // namespace
 
 std::vector<ListedPref> ListPrefs(const std::vector<SchemaKey>& schema, const PrefsView& view,
                                   Settings& settings, const std::optional<std::string>& wanted) {
+  const std::map<std::string, std::size_t> counts = CountEntries(view);
+  const auto is_wanted = [&](const std::string& key) { return !wanted || *wanted == key; };
   std::vector<ListedPref> list;
+  std::set<std::string> seen;
   for (const SchemaKey& key : schema) {
-    if (!wanted || *wanted == key.name) list.push_back(ListKnown(key, settings));
+    seen.insert(key.name);
+    if (is_wanted(key.name)) list.push_back(ListKnown(key, settings));
   }
   for (const auto& entry : EntriesOf(view)) {
     const std::string key = entry->GetName();
-    const bool is_wanted = !wanted || *wanted == key;
-    if (is_wanted && !IsListed(list, key)) list.push_back(ListUnknown(*entry, settings));
+    if (is_wanted(key) && seen.insert(key).second) list.push_back(ListUnknown(*entry, settings));
   }
-  for (ListedPref& listed : list) listed.entries = CountEntries(view, listed.key);
+  for (ListedPref& listed : list) {
+    const auto found = counts.find(listed.key);
+    if (found != counts.end()) listed.entries = found->second;
+  }
   return list;
 }
 

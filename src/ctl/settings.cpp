@@ -79,8 +79,8 @@ Source Settings::SourceOf(const std::string& key, bool is_in_file) const {
 }
 
 template <esd::PrefValue T>
-Setting<T> Settings::Read(const std::string& key, const T& otherwise) {
-  const esd::XMLDocumentNode* entry = view_.FindEntry(key);
+Setting<T> Settings::ReadEntry(const std::string& key, const esd::XMLDocumentNode* entry,
+                               const T& otherwise) const {
   const bool is_in_file = entry != nullptr && !entry->GetData().empty();
   Setting<T> setting{key, std::nullopt, "", SourceOf(key, is_in_file)};
   std::optional<esd::XMLDocumentNode> replacement;
@@ -92,6 +92,12 @@ Setting<T> Settings::Read(const std::string& key, const T& otherwise) {
   if (entry != nullptr) setting.text = entry->GetData();
   T value{};
   if (esd::ReadPrefsValue(entry, value, otherwise)) setting.value = std::move(value);
+  return setting;
+}
+
+template <esd::PrefValue T>
+Setting<T> Settings::Read(const std::string& key, const T& otherwise) {
+  Setting<T> setting = ReadEntry(key, view_.FindEntry(key), otherwise);
   if (!IsListed(list_, key)) {
     list_.push_back(
         Value::Object{{"key", key}, {"value", Shown(setting)}, {"source", NameOf(setting.source)}});
@@ -100,8 +106,8 @@ Setting<T> Settings::Read(const std::string& key, const T& otherwise) {
 }
 
 template <typename V>
-Setting<std::map<std::string, V>> Settings::ReadMap(const std::string& key) const {
-  const esd::XMLDocumentNode* const entry = view_.FindEntry(key);
+Setting<std::map<std::string, V>> Settings::ReadMapEntry(const std::string& key,
+                                                         const esd::XMLDocumentNode* entry) const {
   const bool is_in_file = entry != nullptr && !entry->children().empty();
   Setting<std::map<std::string, V>> setting{key, std::nullopt, "", SourceOf(key, is_in_file)};
   std::map<std::string, V> value;
@@ -126,7 +132,11 @@ template Setting<bool> Settings::Read(const std::string&, const bool&);
 template Setting<int> Settings::Read(const std::string&, const int&);
 template Setting<unsigned long> Settings::Read(const std::string&, const unsigned long&);
 template Setting<std::string> Settings::Read(const std::string&, const std::string&);
-template Setting<std::map<std::string, bool>> Settings::ReadMap(const std::string&) const;
-template Setting<std::map<std::string, std::string>> Settings::ReadMap(const std::string&) const;
+template Setting<std::string> Settings::ReadEntry(const std::string&, const esd::XMLDocumentNode*,
+                                                  const std::string&) const;
+template Setting<std::map<std::string, bool>> Settings::ReadMapEntry(
+    const std::string&, const esd::XMLDocumentNode*) const;
+template Setting<std::map<std::string, std::string>> Settings::ReadMapEntry(
+    const std::string&, const esd::XMLDocumentNode*) const;
 
 }  // namespace ctl

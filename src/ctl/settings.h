@@ -72,7 +72,20 @@ class Settings {
 
   /// The map of `key`, an empty one where no file holds it. It does not go to the list.
   template <typename V>
-  Setting<std::map<std::string, V>> ReadMap(const std::string& key) const;
+  Setting<std::map<std::string, V>> ReadMap(const std::string& key) const {
+    return ReadMapEntry<V>(key, view_.FindEntry(key));
+  }
+
+  /// The same of the first entry called `key` where that is known: `entry`, null for none. Nothing
+  /// goes to the list.
+  ///@{
+  template <esd::PrefValue T>
+  Setting<T> ReadEntry(const std::string& key, const esd::XMLDocumentNode* entry,
+                       const T& otherwise) const;
+  template <typename V>
+  Setting<std::map<std::string, V>> ReadMapEntry(const std::string& key,
+                                                 const esd::XMLDocumentNode* entry) const;
+  ///@}
 
   /// From here on `key` has the value that stands in a file as `text`.
   void Replace(const std::string& key, std::string text, Source source);

@@ -57,6 +57,10 @@ class PrefsTest(TreeTest):
         (shown,) = self.listed("NotificationMessage")["NotificationMessage"]["value"].values()
         self.assertEqual(shown, "****")
 
+    def test_time_grows_with_the_keys_and_no_faster(self):
+        self.machine.write(self.machine.prefs, {f"Key{number}": "x" for number in range(100_000)})
+        self.assertEqual(len(self.listed()), 42 + 100_000)  # within SECONDS
+
     def test_the_first_of_two_entries_counts(self):
         self.machine.write(self.machine.prefs, "<Preferences><LogLevel>3</LogLevel><LogLevel>1</LogLevel></Preferences>")
         level = self.listed("LogLevel")["LogLevel"]
