@@ -78,9 +78,10 @@ void CheckOwnAgent(Checks& checks, const std::string& agent, const std::string& 
   }
 }
 
-// As the updater copies it. A run looks for the agent by way of the folder of the preferences.
+// As the updater copies it; nothing where that would write elsewhere. A run looks for the agent by
+// way of the folder of the preferences.
 std::optional<std::string> CopyAgent(const std::string& shipped, const std::string& agent) {
-  if (platform::TypeOf(shipped) != FileType::kRegular) return std::nullopt;
+  if (platform::TypeOf(shipped) != FileType::kRegular || !IsInHome(agent)) return std::nullopt;
   const std::string folder = esd::GetParentFolder(agent);
   const std::string preferences = esd::JoinPath(esd::GetParentFolder(folder), "Preferences");
   return "mkdir -p " + ShellWord(preferences) + " " + ShellWord(folder) + " && cp " +
@@ -116,7 +117,9 @@ void CheckUserAgent(Checks& checks, const std::string& agent, const std::string&
   std::uint32_t error_code = 0;
   if (esd::IsScheduledTaskPresent(error_code, L"")) {
     Check check = LookAtAgent(agent, root);
-    if (check.id == Id::kAgentMalformed || check.id == Id::kAgentNoProgram) {
+    // Only what the machine's own agent starts, too, is given rights because an agent names it.
+    const bool is_same = ProgramOf(agent, root) == ProgramOf(shipped, root);
+    if (check.id == Id::kAgentMalformed || (check.grade != Grade::kOk && !is_same)) {
       check.remedy = CopyAgent(shipped, agent);
     }
     checks.push_back(check);

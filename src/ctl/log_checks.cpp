@@ -34,6 +34,7 @@ std::string RemoveLock(const std::string& path) {
 }
 
 std::optional<std::string> MakeWritable(const std::string& path) {
+  if (!IsInHome(path)) return std::nullopt;
   const FileType type = platform::TypeOf(path);
   if (type == FileType::kFolder || type == FileType::kOther) return SetAside(path);
   if (type == FileType::kRegular) return GiveToUser(path, "rw");
@@ -53,7 +54,8 @@ Check LookAtLog(const Forecast::Log& log) {
     case Id::kLogPreferencesLocked:
       return {Grade::kBad, id, why, "wakerlyctl lock --clear"};
     case Id::kLogUnwritable:
-      return {Grade::kBad, id, why, MakeWritable(*log.path)};
+      return {Grade::kBad, id, why + " Name another file in StartupLogFile, or make it writable.",
+              MakeWritable(*log.path)};
     case Id::kLogLockDenied:
       return {Grade::kBad, id, why, RemoveLock(*log.path)};
     default:

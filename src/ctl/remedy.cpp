@@ -4,10 +4,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdlib>
+#include <memory>
+
 #include "ctl/user_name.h"
 #include "esd/util/path.h"
 #include "platform/bundle.h"
 #include "platform/file_type.h"
+#include "platform/folders.h"
 
 namespace ctl {
 namespace {
@@ -17,6 +21,20 @@ mode_t OwnerBits(const std::string& rights) {
   mode_t bits = 0;
   for (const char right : rights) bits |= right == 'r' ? S_IRUSR : right == 'w' ? S_IWUSR : S_IXUSR;
   return bits;
+}
+
+// What begins a command that removes or renames `path`.
+std::string SudoToChange(const std::string& path) {
+  const std::string folder = esd::GetParentFolder(path);
+  const bool may_change = faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+  return may_change ? "" : Sudo();
+}
+
+// `path` with each link on its way followed; nothing where it leads nowhere.
+std::optional<std::string> Resolve(const std::string& path) {
+  const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr),
+                                                             &std::free);
+  return resolved ? std::optional<std::string>(resolved.get()) : std::nullopt;
 }
 
 }  // namespace
@@ -29,8 +47,20 @@ std::string ShellWord(const std::string& text) {
 
 std::string Sudo() { return geteuid() == 0 ? "" : "sudo "; }
 
+bool IsInHome(const std::string& path) {
+  if (("/" + path + "/").find("/../") != std::string::npos) return false;
+  std::string existing = path;
+  while (platform::TypeOfLink(existing) == platform::FileType::kNone && !existing.empty()) {
+    existing = esd::GetParentFolder(existing);
+  }
+  const std::optional<std::string> home = Resolve(platform::HomeFolder());
+  const std::optional<std::string> place = Resolve(existing);
+  return home && place && (*place + "/").starts_with(*home + "/");
+}
+
 std::string SetAside(const std::string& path) {
-  return "mv " + ShellWord(path) + " " + ShellWord(path) + ".aside-\"$(date +%Y%m%d%H%M%S)\"";
+  return SudoToChange(path) + "mv " + ShellWord(path) + " " + ShellWord(path) +
+         ".aside-\"$(date +%Y%m%d%H%M%S)\"";
 }
 
 std::optional<std::string> GiveToUser(const std::string& path, const std::string& rights) {
@@ -40,6 +70,7 @@ std::optional<std::string> GiveToUser(const std::string& path, const std::string
   const std::string chmod = "chmod u+" + rights + " " + ShellWord(path);
   const bool lacks_rights = (status.st_mode & bits) != bits;
   if (status.st_uid == geteuid()) return lacks_rights ? std::optional(chmod) : std::nullopt;
+  if (!IsInHome(path)) return std::nullopt;
   const std::string chown =
       Sudo() + "chown " + ShellWord(UserName(geteuid())) + " " + ShellWord(path);
   return lacks_rights ? chown + " && " + chmod : chown;
@@ -57,11 +88,7 @@ std::string RunWakerly() {
   return "wakerly";
 }
 
-std::string Remove(const std::string& path) {
-  const std::string folder = esd::GetParentFolder(path);
-  const bool may_remove = faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
-  return (may_remove ? "" : Sudo()) + "rm " + ShellWord(path);
-}
+std::string Remove(const std::string& path) { return SudoToChange(path) + "rm " + ShellWord(path); }
 
 std::string GiveToAll(const std::string& path, const std::string& rights) {
   struct stat status {};

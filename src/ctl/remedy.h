@@ -21,11 +21,16 @@ std::string RunWakerly();
 /// Removes the file `path`.
 std::string Remove(const std::string& path);
 
+/// Whether `path`, or what is there of it, is the home folder or below it, with each link on its
+/// way followed. What is elsewhere is no user's to change only because a preference, an agent or a
+/// link names it: there may be no command for it.
+bool IsInHome(const std::string& path);
+
 /// Renames what stands at `path` to a name that is free.
 std::string SetAside(const std::string& path);
 
 /// Makes `path` this user's own, with the rights `rights` of chmod(1), such as "rw". Nothing where
-/// it is missing, or has both already.
+/// it is missing, has both already, or is another user's and not in the home folder.
 std::optional<std::string> GiveToUser(const std::string& path, const std::string& rights);
 
 /// Gives everybody the rights `rights` on `path`, which is the machine's.

@@ -213,6 +213,34 @@ class DoctorTest(TreeTest):
                     self.mend(tree, found["remedy"])
                     self.assertNotIn(identifier, self.look(tree), found["remedy"])
 
+    def test_no_command_changes_what_a_preference_an_agent_or_a_link_names_elsewhere(self):
+        def link(path, target):
+            def stage(tree):
+                shutil.rmtree(tree.home / path) if (tree.home / path).is_dir() else (tree.home / path).unlink()
+                (tree.home / path).symlink_to(target)
+            return stage
+        folder = "Library/Application Support/Vantre/OrlanUpdater/1.0"
+        agent = "Library/LaunchAgents/" + SCHEDULED_AGENT
+        rows = (  # what is staged, the identifier
+            (prefs(StartupLogFile="/etc/shadow"), "log.unwritable"),
+            (prefs(StartupLogFile="/etc"), "log.unwritable"),
+            (lambda t: prefs(StartupLogFile=t.home / "none/../../../../../../etc/none/x.log")(t), "log.unwritable"),
+            (link(folder + "/VantreUpdaterPrefs.dat", "/etc/shadow"), "preferences.unreadable"),
+            (link(folder, "/etc"), "folder.unwritable"),
+            (link(agent, "/etc/passwd"), "agent.malformed"),
+            (link(agent, "none"), "agent.missing"))
+        for stage, identifier in rows:
+            with self.subTest(identifier=identifier):
+                tree = self.healthy_tree()
+                prefs(IsScheduledTaskAdded="1")(tree)
+                stage(tree)
+                tree.become_ordinary()
+                self.assertIsNone(self.look(tree)[identifier]["remedy"])
+        tree = self.healthy_tree()
+        replace("agent", "/Library/Application Support/Vantre/OrlanUpdater/1.0/wakerly", "/other")(tree)
+        tree.write(tree.root / "other")
+        self.assertIn("cp ", self.look(tree)["agent.program-not-executable"]["remedy"], "no rights for what it names")
+
     def test_a_finding_tells_where_the_fault_is(self):
         rows = (  # the preferences, the identifier, what the finding tells
             ("<Preferences>\n<Launch>x</Preferences>", "preferences.malformed", "line 2, column 12: mismatched tag"),
