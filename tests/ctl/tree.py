@@ -1,5 +1,6 @@
 """A machine's folder tree with a home folder, and the two programs run on it."""
 
+import concurrent.futures
 import ctypes
 import datetime
 import json
@@ -40,6 +41,12 @@ def log_key(path):
 def check_schema(command, output):
     schema = json.loads((SOURCE / "docs/schemas" / f"{command}.json").read_text())
     jsonschema.validate(output, schema, jsonschema.Draft7Validator)
+
+
+def side_by_side(task, rows):
+    """Each row with what gives the task's result on it, or raises what the task did: rows wait more than they work."""
+    with concurrent.futures.ThreadPoolExecutor(8) as pool:
+        yield from [(row, pool.submit(task, row).result) for row in rows]
 
 
 class Tree:
