@@ -167,7 +167,7 @@ class LookTest(LockTest):
         with subprocess.Popen([WAKERLY], env=waiting, **PIPES) as run:
             self.addCleanup(run.kill)
             deadline = time.monotonic() + SECONDS
-            while time.monotonic() < deadline and "waitForCFUCallBack" not in \
+            while time.monotonic() < deadline and "waitForCFUCallBack.\n" not in \
                     (machine.log.read_text() if machine.log.exists() else ""):
                 time.sleep(0.01)
             machine.leave_lock(USER, OLD)
