@@ -12,7 +12,8 @@ import subprocess
 import time
 import unittest
 
-from tree import BUILD, LIBC, PIPES, SECONDS, SOURCE, WAKERLY, WAKERLYCTL, TreeTest, check_schema, prefs_text
+from tree import (BUILD, LIBC, PIPES, SECONDS, SOURCE, WAKERLY, WAKERLYCTL, TreeTest, check_schema, prefs_text,
+                  side_by_side)
 
 TODAY = datetime.date.today()
 LAST_CHECK = {"LastDateCheck": f"{TODAY}T00:00:00"}
@@ -199,19 +200,21 @@ class DoctorTest(TreeTest):
         self.assertEqual((done.returncode, done.stderr), (0, ""), remedy)
 
     def test_a_fault_is_named_and_mended(self):
-        for row in FAULTS + FAULTS_FOR_ORDINARY_USERS:
-            staged, stage, identifier, status, is_mended = row
-            with self.subTest(staged=staged, identifier=identifier):
-                tree = self.healthy_tree()
-                stage(tree)
-                if row in FAULTS_FOR_ORDINARY_USERS:
-                    tree.become_ordinary()
-                checks = self.look(tree)
-                found = checks.get(identifier, {"status": "nothing", "remedy": None})
-                self.assertEqual(found["status"], status, checks)
-                if is_mended:
-                    self.mend(tree, found["remedy"])
-                    self.assertNotIn(identifier, self.look(tree), found["remedy"])
+        def check(row):
+            _, stage, identifier, status, is_mended = row
+            tree = self.healthy_tree()
+            stage(tree)
+            if row in FAULTS_FOR_ORDINARY_USERS:
+                tree.become_ordinary()
+            checks = self.look(tree)
+            found = checks.get(identifier, {"status": "nothing", "remedy": None})
+            self.assertEqual(found["status"], status, checks)
+            if is_mended:
+                self.mend(tree, found["remedy"])
+                self.assertNotIn(identifier, self.look(tree), found["remedy"])
+        for row, result in side_by_side(check, FAULTS + FAULTS_FOR_ORDINARY_USERS):
+            with self.subTest(staged=row[0], identifier=row[2]):
+                result()
 
     def test_no_command_changes_what_a_preference_an_agent_or_a_link_names_elsewhere(self):
         def link(path, target):
