@@ -6,6 +6,7 @@
 #include <boost/date_time/gregorian/formatters.hpp>
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/gregorian/parsers.hpp>
+#include <random>
 
 namespace {
 
@@ -81,6 +82,24 @@ TEST(CheckSchedule, FollowsFromLastCheckFrequencyAndToday) {
     EXPECT_EQ(Text(found.due_from), row.due_from);
     EXPECT_EQ(found.invalid_time.value_or("none"), row.invalid_time ? row.invalid_time : "none");
     EXPECT_EQ(found.replaces_last_check, row.reason == CheckReason::kDateAhead);
+  }
+}
+
+// Found by asking the rule day by day, as runs do.
+TEST(CheckSchedule, NamesTheFirstDayOnWhichItIsDue) {
+  std::mt19937 chance(20240331);
+  for (int turn = 0; turn < 3000; ++turn) {
+    const int frequency = std::array{kDaily, kWeekly, kMonthly, 99}[chance() % 4];
+    const date last = date(1600, 1, 1) + boost::gregorian::days(chance() % 3'000'000);
+    const std::string text = to_iso_extended_string(last) + "T::";
+    const auto is_due = [&](const date& day) {
+      return wakerly::ScheduleCheck(text, frequency, day).due;
+    };
+    date first = last;
+    while (!is_due(first)) first += boost::gregorian::days(1);
+    const date today = last + boost::gregorian::days(chance() % 70);
+    EXPECT_EQ(Text(wakerly::ScheduleCheck(text, frequency, today).due_from), Text(first))
+        << "last check " << text << ", frequency " << frequency << ", today " << Text(today);
   }
 }
 

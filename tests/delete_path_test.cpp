@@ -49,6 +49,7 @@ TEST_F(DeletePathTest, RemovesLockedFilesWithTheirTreeAndNotAlone) {
   WriteFile(work / "tree/file", "");
   Chattr("+i", work / "tree/file");
   const bool locked = Chattr("+i", file);
+  EXPECT_EQ(esd::CouldDeleteFile(file), !locked);
   const std::size_t open_files = Names("/proc/self/fd").size();
   EXPECT_TRUE(esd::DeletePath(work / "tree"));
   EXPECT_EQ(Names("/proc/self/fd").size(), open_files);
@@ -68,6 +69,7 @@ TEST_F(DeletePathTest, LeavesAFileOnALockedVolumeAlone) {
                                                {"link to a locked file", true},
                                                {"file", true}};
   for (const auto& [path, removed] : rows) {
+    EXPECT_EQ(esd::CouldDeleteFile(work / path), removed) << path;
     EXPECT_EQ(esd::DeletePath(work / path), removed) << path;
     EXPECT_EQ(fs::exists(fs::symlink_status(work / path)), !removed) << path;
   }
@@ -118,11 +120,55 @@ TEST_F(DeletePathTest, LeavesAFileAloneThatAnOrdinaryUserMayNotWrite) {
       ASSERT_TRUE(!is_root || setgroups(1, &kAlsoMember) == 0);
       ASSERT_EQ(setgid(group), 0);
       ASSERT_EQ(setuid(user), 0);
+      EXPECT_EQ(esd::CouldDeleteFile(file), row.removed);
       EXPECT_EQ(esd::DeletePath(file), row.removed);
     });
     EXPECT_EQ(fs::exists(file), !row.removed);
     fs::remove(file);
   }
+}
+
+// What is foretold must come to pass: the file's own rights are the rows above.
+TEST_F(DeletePathTest, ForetellsWhatTheFoldersRightsAllow) {
+  if (geteuid() != 0) return;  // nobody else has other users' folders
+  const struct {
+    const char* name;
+    uid_t folder_owner;
+    mode_t folder_mode;
+    uid_t owner;
+    bool removed;
+  } rows[] = {{"one's own folder", kOrdinaryUser, 0700, 0, true},
+              {"one's own closed folder", kOrdinaryUser, 0500, kOrdinaryUser, false},
+              {"everybody's folder", 0, 0777, 0, true},
+              {"root's folder", 0, 0755, kOrdinaryUser, false},
+              {"a sticky folder, another's file", 0, 01777, 0, false},
+              {"a sticky folder, one's own file", 0, 01777, kOrdinaryUser, true},
+              {"one's own sticky folder", kOrdinaryUser, 01777, 0, true}};
+  const Lines kinds = {"file", "link", "fifo", "folder", "nothing"};
+  for (const auto& row : rows) {
+    fs::remove_all(work);
+    WriteFile(file, "");
+    fs::create_symlink("gone", work / "link");
+    ASSERT_EQ(mkfifo((work / "fifo").c_str(), 0666), 0);
+    fs::create_directory(work / "folder");
+    for (const std::string& kind : kinds) {
+      if (kind == "nothing") continue;
+      ASSERT_EQ(lchown((work / kind).c_str(), row.owner, row.owner), 0);
+    }
+    ASSERT_EQ(chown(work.c_str(), row.folder_owner, kOrdinaryUser), 0);
+    fs::permissions(work, fs::perms(row.folder_mode));
+    ExpectInChild([&] {
+      BecomeOrdinaryUser();
+      for (const std::string& kind : kinds) {
+        const bool removed = kind == "nothing" || (row.removed && kind != "folder");
+        EXPECT_EQ(esd::CouldDeleteFile(work / kind), removed) << row.name << ": " << kind;
+        EXPECT_EQ(esd::DeleteFile(work / kind), removed) << row.name << ": " << kind;
+      }
+    });
+  }
+  WriteFile(top / "own", "");
+  fs::current_path(top);
+  EXPECT_TRUE(esd::CouldDeleteFile("own"));
 }
 
 }  // namespace

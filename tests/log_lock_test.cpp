@@ -88,6 +88,37 @@ TEST_F(LogLock, IsMadeAnewWhenItsSetWasRemoved) {
   });
 }
 
+TEST_F(LogLock, IsLookedAtAsItStandsAndLeftSo) {
+  const auto look = [this] {
+    const std::string before = State();
+    const auto found = LogFileLock::LookAt(log);
+    const int error = errno;
+    EXPECT_EQ(State(), before) << "after the look";
+    if (!found) return "error " + std::to_string(error);
+    EXPECT_EQ(
+        std::to_string(found->attached) + " attached, " + (found->is_free ? "1" : "0") + " free",
+        before);
+    return std::string(found->last == getpid() ? "last taken here" : "last taken elsewhere");
+  };
+  const std::string none = "error " + std::to_string(ENOENT);
+  EXPECT_EQ(look(), none);
+  {
+    LogFileLock lock(log);
+    const LogFileLock other(log);
+    EXPECT_EQ(look(), "last taken here");
+    const LogFileLock::Hold hold(&lock);
+    ExpectInChild([&] { EXPECT_EQ(look(), "last taken elsewhere"); });
+  }
+  EXPECT_EQ(look(), none) << "after the last has gone";
+  if (geteuid() != 0) return;  // nobody else has sets that others may not use
+  semget(ftok(log.c_str(), 11), 2, IPC_CREAT | 0600);
+  fs::permissions(top, fs::perms(0755));
+  ExpectInChild([&] {
+    BecomeOrdinaryUser();
+    EXPECT_EQ(look(), "error " + std::to_string(EACCES));
+  });
+}
+
 TEST_F(LogLock, MendsASetWhoseRemoverDied) {
   semctl(semget(ftok(log.c_str(), 11), 2, IPC_CREAT | 0666), kFree, SETVAL, 1);
   const LogFileLock lock(log);
