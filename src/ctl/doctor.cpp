@@ -65,7 +65,9 @@ Check LookAtStamp(const Forecast& run) {
 Check LookAtUpdater(const Forecast::Updater& updater) {
   const auto& [id, why] = updater.finding;
   if (updater.enabled) return {Grade::kOk, id, why};
-  if (id == Id::kUpdaterSuppressed) return {Grade::kNote, id, why};
+  if (id == Id::kUpdaterSuppressed) {
+    return {Grade::kNote, id, why + " An administrator lifts it with Suppressed = 0."};
+  }
   if (id == Id::kUpdaterLocked) return {Grade::kBad, id, why, "wakerlyctl lock --clear"};
   return {Grade::kBad, id, why};
 }
@@ -81,10 +83,14 @@ Check LookAtCheck(const Forecast::Check& check) {
   const auto& [id, why] = check.finding;
   switch (id) {
     case Id::kCheckDue:
-    case Id::kCheckNotDue:
       return {Grade::kOk, id, why};
+    case Id::kCheckNotDue:
+      if (!check.next_due) return {Grade::kOk, id, why};
+      return {Grade::kOk, id, why + " It has on " + to_iso_extended_string(*check.next_due) + "."};
     case Id::kCheckNever:
+      return {Grade::kNote, id, why + " Choose another period in the updater to have checks."};
     case Id::kCheckNeverRun:
+      return {Grade::kNote, id, why + " Have the updater check once."};
     case Id::kCheckNotReached:
       return {Grade::kNote, id, why};
     case Id::kCheckInvalidTime:

@@ -92,7 +92,12 @@ void AddLog(Page& page, const Forecast::Log& log) {
 void AddCheck(Page& page, const Forecast::Check& check) {
   std::string says = "not asked for";
   if (check.due) says = *check.due ? "due" : "not due";
-  if (check.next_due && check.due != true) says += " before " + *ToText(check.next_due);
+  // A date ahead is replaced by the run, so that the next one on that day finds the check due.
+  if (check.finding.id == Id::kCheckDateAhead) {
+    says += " in this run, but in the next";
+  } else if (check.next_due && check.due != true) {
+    says += " before " + *ToText(check.next_due);
+  }
   AddStatement(page, "check", check.due == false ? Tone::kNote : Tone::kGood, says, check.finding);
 }
 

@@ -44,18 +44,24 @@ std::optional<std::string> MakeWritable(const std::string& path) {
   return "mkdir -p " + ShellWord(folder);
 }
 
+constexpr char kUsualLevel[] = " LogLevel = 2 is the usual one.";
+
 Check LookAtLog(const Forecast::Log& log) {
   const auto& [id, why] = log.finding;
   switch (id) {
     case Id::kLogWritten:
       return {Grade::kOk, id, *log.path + ": " + why};
     case Id::kLogOff:
-      return {Grade::kNote, id, why};
+      return {Grade::kNote, id, why + kUsualLevel};
+    case Id::kLogLevelUnreadable:
+      return {Grade::kBad, id, why + kUsualLevel};
     case Id::kLogPreferencesLocked:
       return {Grade::kBad, id, why, "wakerlyctl lock --clear"};
     case Id::kLogUnwritable:
       return {Grade::kBad, id, why + " Name another file in StartupLogFile, or make it writable.",
               MakeWritable(*log.path)};
+    case Id::kLogDiskFull:
+      return {Grade::kBad, id, why + " Make room there."};
     case Id::kLogLockDenied:
       return {Grade::kBad, id, why, RemoveLock(*log.path)};
     default:

@@ -244,13 +244,17 @@ class DoctorTest(TreeTest):
         tree.write(tree.root / "other")
         self.assertIn("cp ", self.look(tree)["agent.program-not-executable"]["remedy"], "no rights for what it names")
 
-    def test_a_finding_tells_where_the_fault_is(self):
+    def test_a_finding_tells_where_the_fault_is_and_what_mends_it_by_hand(self):
         rows = (  # the preferences, the identifier, what the finding tells
             ("<Preferences>\n<Launch>x</Preferences>", "preferences.malformed", "line 2, column 12: mismatched tag"),
             ({"loglevel": "3", "Some": "4"}, "preferences.unknown-key", ": loglevel (LogLevel is one), Some."),
             ({"Launch": "a&#13;b"}, "preferences.changes-on-save", " of: Launch."),
             ({"ChannelsEnabled": entry("&lt;")}, "preferences.breaks-on-save", " of: ChannelsEnabled."),
-            ({"AutoCheckFreq": "0x1"}, "preferences.bad-value", 'AutoCheckFreq is "0x1", and has to be a whole number'))
+            ({"AutoCheckFreq": "0x1"}, "preferences.bad-value", 'AutoCheckFreq is "0x1", and has to be a whole number'),
+            ({"LogLevel": "loud"}, "log.level-unreadable", "LogLevel = 2 is the usual one."),
+            (LAST_CHECK, "check.not-due", f" It has on {TODAY + datetime.timedelta(days=1)}."),
+            (LAST_CHECK | {"UpdaterPrefSchedCheckFreq": "3"}, "check.never", " Choose another period "),
+            ({"StartupLogFile": "/no/x.log"}, "log.unwritable", " Name another file in StartupLogFile"))
         tree = self.healthy_tree()
         for content, identifier, told in rows:
             with self.subTest(content=content, identifier=identifier):
