@@ -17,7 +17,7 @@
 #include <regex>
 #include <sstream>
 
-extern char** environ;
+extern char** environ;  // NOLINT(readability-redundant-declaration)
 
 namespace test {
 namespace {
