@@ -74,7 +74,7 @@ void CheckOwnAgent(Checks& checks, const std::string& agent, const std::string& 
     checks.push_back(LookAtAgent(agent, root));
   } else {
     checks.push_back({Grade::kNote, Id::kAgentNotInstalled,
-                      agent + " is missing. Installing wakerly puts it there."});
+                      agent + " is missing: it does not start wakerly on this machine."});
   }
 }
 

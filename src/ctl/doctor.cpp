@@ -54,7 +54,7 @@ Check LookAtStamp(const Forecast& run) {
   if (!run.wipes_preferences || !stamp) {
     return {Grade::kOk, Id::kStampOk, "No uninstall stamp outdates the preferences."};
   }
-  return {Grade::kNote, Id::kStampWipes,
+  return {Grade::kBad, Id::kStampWipes,
           *stamp +
               " says that the updater was uninstalled since the preferences were written: the "
               "next run removes " +
@@ -98,7 +98,10 @@ Check LookAtCheck(const Forecast::Check& check) {
     case Id::kCheckInvalidDate:
       return {Grade::kNote, id, why + " That ends when the updater has checked."};
     case Id::kCheckDateAhead:
-      return {Grade::kBad, id, why + " No check is due before; is the clock right?", RunWakerly()};
+      return {Grade::kBad, id,
+              why +
+                  " From then on a check is due at each logon, until the updater writes a date. "
+                  "See that the clock is right, and log on anew."};
     case Id::kCheckPreferencesLocked:
       return {Grade::kBad, id, why, "wakerlyctl lock --clear"};
     default:
@@ -111,7 +114,10 @@ Check LookAtNotifier(const std::optional<std::string>& path) {
   const auto& [id, why] = notifier.finding;
   if (notifier.would_start) return {Grade::kOk, id, why};
   if (id == Id::kNotifierSuiteInstalled) {
-    return {Grade::kNote, id, why + " It takes over: the notifier is not started."};
+    return {Grade::kNote, id,
+            why +
+                " It takes over: the notifier is not started. Where that is "
+                "no installed suite, remove it."};
   }
   if (id == Id::kNotifierNotExecutable) {
     return {Grade::kBad, id, why, GiveToAll(*path, "x")};

@@ -55,7 +55,8 @@
   ID(kCheckNeverRun, "check.never-run", "The updater has never checked: there is no last check.") \
   ID(kCheckInvalidTime, "check.invalid-time",                                                     \
      "The time of the last check has not three fields: the check is due.")                        \
-  ID(kCheckNoDate, "check.no-date", "The last check holds no date: the check is due.")            \
+  ID(kCheckNoDate, "check.no-date",                                                              \
+     "The last check has no date with a T and a time behind it: the check is due.")              \
   ID(kCheckInvalidDate, "check.invalid-date",                                                     \
      "The date of the last check is no date: the check is due.")                                  \
   ID(kCheckClockFails, "check.clock-fails", "The local date is not known: the check is due.")     \

@@ -9,7 +9,6 @@
 
 #include "ctl/user_name.h"
 #include "esd/util/path.h"
-#include "platform/bundle.h"
 #include "platform/file_type.h"
 #include "platform/folders.h"
 
@@ -59,8 +58,10 @@ bool IsInHome(const std::string& path) {
 }
 
 std::string SetAside(const std::string& path) {
-  return SudoToChange(path) + "mv " + ShellWord(path) + " " + ShellWord(path) +
-         ".aside-\"$(date +%Y%m%d%H%M%S)\"";
+  // A name that began with a log's would be taken for one of its backups.
+  return SudoToChange(path) + "mv " + ShellWord(path) + " " +
+         ShellWord(esd::JoinPath(esd::GetParentFolder(path), "aside-")) +
+         "\"$(date +%Y%m%d%H%M%S)\"-" + ShellWord(esd::GetLastPathComponent(path));
 }
 
 std::optional<std::string> GiveToUser(const std::string& path, const std::string& rights) {
@@ -74,18 +75,6 @@ std::optional<std::string> GiveToUser(const std::string& path, const std::string
   const std::string chown =
       Sudo() + "chown " + ShellWord(UserName(geteuid())) + " " + ShellWord(path);
   return lacks_rights ? chown + " && " + chmod : chown;
-}
-
-std::string RunWakerly() {
-  const std::string own_folder = esd::GetParentFolder(platform::MainExecutablePath());
-  const std::string folders[] = {own_folder,
-                                 esd::JoinPath(esd::GetParentFolder(own_folder), "sbin"),
-                                 "/Library/Application Support/Vantre/OrlanUpdater/1.0"};
-  for (const std::string& folder : folders) {
-    const std::string program = esd::JoinPath(folder, "wakerly");
-    if (platform::TypeOf(program) == platform::FileType::kRegular) return ShellWord(program);
-  }
-  return "wakerly";
 }
 
 std::string Remove(const std::string& path) { return SudoToChange(path) + "rm " + ShellWord(path); }

@@ -15,9 +15,6 @@ std::string ShellWord(const std::string& text);
 /// "sudo ", or nothing for root: what begins a command that is an administrator's.
 std::string Sudo();
 
-/// Runs wakerly, from where it is installed together with this program, if it is found there.
-std::string RunWakerly();
-
 /// Removes the file `path`.
 std::string Remove(const std::string& path);
 
