@@ -85,7 +85,7 @@ std::vector<std::string> SwitchPaths(const std::string& log, const std::string& 
   for (const std::string& folder : {logs, beside}) {
     const std::string own = welko::LastPathComponent(log);
     for (const std::string& name :
-         {own, std::string(welko::kDefaultLogName), std::string("quib")}) {
+         {own, std::string(welko::kDefaultLogName), std::string(welko::kCommonSwitch)}) {
       std::string base = folder;
       welko::AppendPathComponent(base, welko::WithoutPathExtension(name));
       bases.insert(base);
@@ -122,7 +122,7 @@ void CheckSwitches(Checks& checks, const std::string& log) {
   std::optional<std::string> keeper;
   const std::string folder = welko::WithoutLastPathComponent(log);
   if (welko::KeepsOldLogs(folder)) {
-    keeper = folder + "/quib.trace";
+    keeper = folder + "/" + welko::kCommonSwitch + ".trace";
     checks.push_back({Grade::kNote, Id::kLogKeepsBackups,
                       *keeper + " keeps all backups of the log.", Remove(*keeper)});
   }

@@ -26,7 +26,7 @@ bool IsRegularFile(const std::string& path) {
 std::optional<std::string> FindLogSwitch(const std::string& log_name) {
   const std::optional<std::string> folder = GetConsoleUserLogsFolder();
   if (!folder) return std::nullopt;
-  for (const std::string& name : {WithoutPathExtension(log_name), std::string("quib")}) {
+  for (const std::string& name : {WithoutPathExtension(log_name), std::string(kCommonSwitch)}) {
     std::string path = *folder;
     AppendPathComponent(path, name);
     for (const char* extension : {kTrace, kDebug}) {
@@ -44,7 +44,7 @@ int ApplyLogSwitches(const std::string& log_name, int level) {
 
 bool KeepsOldLogs(const std::string& folder) {
   std::string path = folder;
-  AppendPathComponent(path, "quib.trace");
+  AppendPathComponent(path, std::string(kCommonSwitch) + ".trace");
   if (!IsRegularFile(path)) return false;  // reading from a pipe could wait without an end
   std::ifstream file(path, std::ios::binary);
   char text[10] = {};

@@ -7,6 +7,9 @@
 
 namespace welko {
 
+/// The name, before its extension, of a switch file for logs of every name.
+inline constexpr char kCommonSwitch[] = "quib";
+
 /// The path of the switch file that decides: the first in the console user's logs folder that
 /// exists as a regular file, of `log_name` with the extension "trace" or "debug", then "quib.trace"
 /// and "quib.debug". Nothing when there is none.
