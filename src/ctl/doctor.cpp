@@ -1,5 +1,7 @@
 #include "ctl/doctor.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <boost/date_time/gregorian/formatters.hpp>
@@ -17,6 +19,7 @@
 #include "ctl/prefs_checks.h"
 #include "ctl/program_forecast.h"
 #include "ctl/remedy.h"
+#include "ctl/user_name.h"
 #include "esd/prefs/updater_folders.h"
 #include "esd/util/program_version.h"
 #include "welko/log_redaction.h"
@@ -183,7 +186,7 @@ std::string Count(const Checks& checks) {
          " ok, " + plural(counts[1], "note") + ", " + plural(counts[2], "problem");
 }
 
-Page ToPage(const Checks& checks) {
+Page ToPage(const Checks& checks, const DoctorOptions& options) {
   Page page;
   for (const Check& check : checks) {
     page.AddRow(NameOf(check.grade), kTones[static_cast<unsigned>(check.grade)],
@@ -191,6 +194,9 @@ Page ToPage(const Checks& checks) {
     if (check.remedy) page.AddVerbatim(*check.remedy);
   }
   page.AddTitle(Count(checks));
+  if (options.was_root) {
+    page.AddVerbatim("Commands without sudo are for " + UserName(geteuid()) + ", not for root.");
+  }
   return page;
 }
 
@@ -213,7 +219,7 @@ Value ToValue(const Checks& checks) {
 Answer Examine(const DoctorOptions& options) {
   const Checks checks = LookAtEverything(options);
   const int status = Worst(checks) == Grade::kBad ? kProblem : kDone;
-  return {ToPage(checks), ToValue(checks), status};
+  return {ToPage(checks, options), ToValue(checks), status};
 }
 
 }  // namespace ctl

@@ -9,6 +9,7 @@ namespace ctl {
 /// What the command line says.
 struct DoctorOptions {
   bool loads_library = false;  ///< whether the client library is loaded for a trial
+  bool was_root = false;       ///< whether root called this program, which looks as another user
 };
 
 /// Looks at everything. The status is kProblem when one of the checks is a problem. Waits about a

@@ -102,12 +102,13 @@ int PrintUsage(const CLI::App& app, const CLI::ParseError& error) {
 
 int Run(int argc, char** argv) {
   // As a run does: root with another user's home folder looks as that user.
-  wakerly::BecomeHomeOwner();
+  const std::optional<uid_t> other_user = wakerly::BecomeHomeOwner();
   platform::OnlyPretendToMakeFolders();
   // A reader that goes away is told by the write that fails.
   std::signal(SIGPIPE, SIG_IGN);
 
   CommandLine line;
+  line.doctor.was_root = other_user.has_value();
   CLI::App app("What a run of wakerly would do and why, and what is wrong on this machine.",
                "wakerlyctl");
   app.set_version_flag("--version", std::string("wakerlyctl ") + esd::ProgramVersion());

@@ -311,6 +311,9 @@ class DoctorTest(TreeTest):
         said = tree.ctl("doctor").stdout
         self.assertIn(f"\nchmod a+x '{tree.notifier}'\n", said)
         self.assertRegex(said, r"\n\n\d+ checks: \d+ ok, 0 notes, 1 problem\n$")
+        if os.geteuid() == 0:
+            tree.give_away()
+            self.assertRegex(tree.ctl("doctor").stdout, "1 problem\nCommands without sudo are for [a-z]+, not for root.\n$")
 
 
 if __name__ == "__main__":
