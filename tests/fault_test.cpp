@@ -101,7 +101,7 @@ TEST_F(FaultTest, WritesThroughALinkAndIntoNothingElseThanAFile) {
   for (const auto& [name, is_written, put] : objects) {
     for (const fs::path& path : {prefs, log}) {
       SCOPED_TRACE(name + (" in the place of " + path.string()));
-      for (const fs::path& file : {prefs, log, top / "target"}) fs::remove(file);
+      for (const fs::path& file : {prefs, log, top / "target"}) RemoveLog(file);
       MakeEmptyLog(log);
       fs::remove(path);
       put(path);

@@ -122,7 +122,7 @@ TEST_F(UpdaterLog, WritesTheLevelsOfItsTable) {
   const std::regex fields(R"(TIME \| \[(\w+)\].* \| )");
   for (const auto& [configured, expected] : rows) {
     SCOPED_TRACE("configured level " + std::to_string(configured));
-    fs::remove(log);
+    RemoveLog(log);
     ExpectInChild([&, level = configured] {
       EXPECT_EQ(esd::InitUpdaterLog(log, level, "", "", ""), level > 0);
       for (int number = 0; number < 11; ++number) esd::UpdaterLog(number, std::to_string(number));

@@ -187,7 +187,7 @@ TEST_F(ReportTest, EachOtherReasonIsSaidInOneLineWithItsFile) {
       {"there is no folder for VantreUpdaterPrefs.dat, neither",
        [&] { setenv("HOME", "/dev/null", 1), WriteFile(root / "tmp", ""); }}};
   for (const auto& [reason, prepare] : rows) {
-    fs::remove_all(log);
+    RemoveLog(log);
     const std::string line = Said(prepare);
     EXPECT_THAT(line, HasSubstr("]: no log for this run: " + reason));
     EXPECT_EQ(line.find('\n'), line.size() - 1) << "more than a line: " << line;

@@ -126,6 +126,11 @@ void RemoveLogLock(const fs::path& log) {
   if (set != -1) semctl(set, 0, IPC_RMID);
 }
 
+void RemoveLog(const fs::path& log) {
+  RemoveLogLock(log);
+  fs::remove_all(log);
+}
+
 Lines ReadLog(const fs::path& path) {
   static const std::regex layout(
       R"(^\d\d/\d\d/\d\d \d\d:\d\d:\d\d:\d\d\d( \| \[\w+\] \|(?: [^|]*\|){6} )\d+( \| .*)$)");

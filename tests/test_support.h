@@ -65,6 +65,8 @@ std::string Text(const Lines& lines);
 void MakeEmptyLog(const fs::path& log);
 /// Removes the semaphore set of the log's lock, if there is one.
 void RemoveLogLock(const fs::path& log);
+/// Removes what stands at `log` as well.
+void RemoveLog(const fs::path& log);
 /// The lines of the log `path` with the time written TIME and the thread id TID where they have the
 /// right form; what has another form stays as it is.
 Lines ReadLog(const fs::path& path);

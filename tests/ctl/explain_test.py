@@ -162,7 +162,7 @@ def put_on_full_disk(tree):
     script = (f"mount -t tmpfs -o size=64k none {folder}\n"
               f"cat /dev/zero > {folder}/filler 2> /dev/null || true\n" 'exec "$0" "$@"')
     for program in (WAKERLY, WAKERLYCTL):
-        start = f"#! /bin/sh\nexec unshare --mount sh -ec '{script}' {program} \"$@\"\n"
+        start = f"#! /bin/sh\nexec unshare --mount --ipc sh -ec '{script}' {program} \"$@\"\n"
         tree.programs[program] = tree.write(tree.top / program.name, start)
         tree.programs[program].chmod(0o755)
     change(tree, StartupLogFile=folder / "x.log")
