@@ -10,7 +10,8 @@ _wakerlyctl() {
     case $command in
       explain) words='--scheduled --at --json --help' ;;
       doctor) words='--load-library --json --help' ;;
-      prefs) words="--json --help $(wakerlyctl prefs --json 2>/dev/null | sed -n 's/.*"key": "\(.*\)".*/\1/p')" ;;
+      # compgen expands its words: a key with any other character could be a command to run.
+      prefs) words="--json --help $(wakerlyctl prefs --json 2>/dev/null | sed -n 's/^ *"key": "\([[:alnum:]_.-]*\)",\{0,1\}$/\1/p')" ;;
       lock) words='--clear --yes --json --help' ;;
       log) words='--runs --follow --json --help' ;;
       ids) words='--json --help' ;;

@@ -92,6 +92,16 @@ class ManualTest(TreeTest):
             with self.subTest(shell=shell):
                 self.assertEqual(offered("wakerlyctl", "prefs", "LastDate"), {"LastDateCheck"})
 
+    def test_completions_run_nothing_that_stands_in_the_preferences(self):
+        ran = self.machine.top / "ran"
+        entry = f'<MapPrefEntry MapPrefKey="key">$(&gt;{ran})</MapPrefEntry>'
+        self.machine.write(self.machine.prefs, {"NotificationMessage": entry})
+        for shell, offered in (("bash", self.offered_by_bash), ("zsh", self.offered_by_zsh)):
+            ran.unlink(missing_ok=True)
+            with self.subTest(shell=shell):
+                self.assertEqual(offered("wakerlyctl", "prefs", "LastDate"), {"LastDateCheck"})
+                self.assertFalse(ran.exists())
+
 
 if __name__ == "__main__":
     unittest.main()
