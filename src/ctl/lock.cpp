@@ -124,7 +124,7 @@ std::string DescribeState(const LogLock& log) {
   if (log.is_denied) return "the semaphore set belongs to another user, and may not be used";
   if (!log.look) return "none: the log has no semaphore set";
   return std::string(log.look->is_free ? "free" : "held") + ", " +
-         std::to_string(log.look->attached) + " processes counted, used last by process " +
+         "attached processes: " + std::to_string(log.look->attached) + ", used last by process " +
          std::to_string(log.look->last);
 }
 
