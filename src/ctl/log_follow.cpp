@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <optional>
 #include <utility>
@@ -23,8 +24,9 @@ namespace {
 class Follower {
  public:
   Follower(std::string path, LogTail tail) : path_(std::move(path)), tail_(std::move(tail)) {
-    for (const LogRun& run : tail_.splitter.runs()) printed_.push_back(run.lines.size());
-    if (!printed_.empty()) shown_ = printed_.size() - 1;
+    const std::size_t runs = tail_.splitter.runs().size();
+    for (std::size_t run = 0; run < runs; ++run) tail_.splitter.DropLines(run);
+    if (runs != 0) shown_ = runs - 1;
     const std::vector<std::string> backups = welko::FindBackups(path_);
     if (!backups.empty()) newest_backup_ = backups.back();
   }
@@ -66,31 +68,30 @@ class Follower {
   }
 
   void TakeFrom(const platform::FileDescriptor& file) {
-    const std::int64_t end = SizeOf(file);
-    if (end <= tail_.size) return;
-    const std::string part = ReadPart(file, tail_.size, end - tail_.size);
-    tail_.size += static_cast<std::int64_t>(part.size());
-    tail_.rest =
-        TakeRows(tail_.splitter, tail_.rest + part, [this](std::size_t run) { Show(run); });
+    constexpr std::int64_t kMostAtOnce = std::int64_t{1} << 20;
+    for (const std::int64_t end = SizeOf(file); tail_.size < end;) {
+      const std::string part = ReadPart(file, tail_.size, std::min(end - tail_.size, kMostAtOnce));
+      if (part.empty()) return;
+      tail_.size += static_cast<std::int64_t>(part.size());
+      tail_.rest =
+          TakeRows(tail_.splitter, tail_.rest + part, [this](std::size_t run) { Show(run); });
+    }
   }
 
   void Show(std::size_t index) {
     const LogRun& run = tail_.splitter.runs()[index];
-    printed_.resize(tail_.splitter.runs().size());
     if (shown_ != index) {
       page_.AddTitle("Run of thread " + run.thread + ", begun " + ToIsoTime(run.time) + ":");
     }
     shown_ = index;
-    for (; printed_[index] < run.lines.size(); ++printed_[index]) {
-      page_.AddVerbatim(run.lines[printed_[index]]);
-    }
+    for (const std::string& line : run.lines) page_.AddVerbatim(line);
     if (run.has_end) page_.AddTitle(Headline(run));
+    tail_.splitter.DropLines(index);
   }
 
   const std::string path_;
   LogTail tail_;
   std::string newest_backup_;         ///< which has been read, or was there before
-  std::vector<std::size_t> printed_;  ///< how many lines of each run
   std::optional<std::size_t> shown_;  ///< the run whose line was printed last
   Page page_;
 };

@@ -47,6 +47,10 @@ class RunSplitter {
   /// for what belongs to none, or is not known yet to belong to one.
   std::optional<std::size_t> Take(std::string_view row);
 
+  /// Forgets the lines of the run of that index in runs(), which were printed; what they told
+  /// stays.
+  void DropLines(std::size_t run) { runs_[run].lines.clear(); }
+
   /// The runs, in the order in which they began.
   const std::vector<LogRun>& runs() const { return runs_; }
   /// How many of them have their begin.
