@@ -88,16 +88,19 @@ TEST(CheckSchedule, FollowsFromLastCheckFrequencyAndToday) {
 // Found by asking the rule day by day, as runs do.
 TEST(CheckSchedule, NamesTheFirstDayOnWhichItIsDue) {
   std::mt19937 chance(20240331);
+  const auto days = [&](unsigned below) {
+    return boost::gregorian::days(static_cast<int>(chance() % below));
+  };
   for (int turn = 0; turn < 3000; ++turn) {
     const int frequency = std::array{kDaily, kWeekly, kMonthly, 99}[chance() % 4];
-    const date last = date(1600, 1, 1) + boost::gregorian::days(chance() % 3'000'000);
+    const date last = date(1600, 1, 1) + days(3'000'000);
     const std::string text = to_iso_extended_string(last) + "T::";
     const auto is_due = [&](const date& day) {
       return wakerly::ScheduleCheck(text, frequency, day).due;
     };
     date first = last;
     while (!is_due(first)) first += boost::gregorian::days(1);
-    const date today = last + boost::gregorian::days(chance() % 70);
+    const date today = last + days(70);
     EXPECT_EQ(Text(wakerly::ScheduleCheck(text, frequency, today).due_from), Text(first))
         << "last check " << text << ", frequency " << frequency << ", today " << Text(today);
   }

@@ -78,8 +78,8 @@ TEST_F(Foresight, TellsWhatMachineCodeIsFor) {
     head[at] = static_cast<char>(byte);
     return head;
   };
-  constexpr int kClass = 4, kData = 5, kType = 16, kMachine = 18;
-  const auto other = [&](int at) { return patched(at, own[at] ^ 3); };
+  constexpr std::size_t kClass = 4, kData = 5, kType = 16, kMachine = 18;
+  const auto other = [&](std::size_t at) { return patched(at, own[at] ^ 3); };
   constexpr ProgramFit kFits = ProgramFit::kFits, kNone = ProgramFit::kNoProgram,
                        kOther = ProgramFit::kOtherProcessor;
   const std::tuple<const char*, std::string, ProgramFit, ProgramFit> rows[] = {

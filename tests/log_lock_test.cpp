@@ -111,7 +111,7 @@ TEST_F(LogLock, IsLookedAtAsItStandsAndLeftSo) {
   }
   EXPECT_EQ(look(), none) << "after the last has gone";
   if (geteuid() != 0) return;  // nobody else has sets that others may not use
-  semget(ftok(log.c_str(), 11), 2, IPC_CREAT | 0600);
+  ASSERT_NE(semget(ftok(log.c_str(), 11), 2, IPC_CREAT | 0600), -1);
   fs::permissions(top, fs::perms(0755));
   ExpectInChild([&] {
     BecomeOrdinaryUser();
