@@ -18,6 +18,9 @@ PLIST = """/usr/bin/python3 -c 'import os, plistlib, subprocess, sys
 file = {file}
 keys = plistlib.load(open(file, "rb")){body}' "$@\""""
 packaging_test.HEALTHY.update({
+    "ipcrm": f'{shutil.which("ipcrm")} "$@"',
+    "stat": f"""[[ $2 == "%d %i" ]] && exec {shutil.which("stat")} -c "$2" "$3"
+{packaging_test.HEALTHY["stat"]}""",
     "open": PLIST.format(file="sys.argv[3] + \"/Contents/Info.plist\"", body="""
 subprocess.run([sys.argv[3] + "/Contents/MacOS/" + keys["CFBundleExecutable"]], env=keys["LSEnvironment"])"""),
     "plutil": PLIST.format(file="sys.argv[5]", body="""
@@ -86,6 +89,7 @@ class MacCheck(packaging_test.ScriptTest):
         self.assertEqual((self.output.partition("\n")[2], self.errors, self.status), ("Xcode 16.2\n" + REPORT, "", 0))
         self.assertRegex(self.output, r"^wakerly [0-9.]+ on macOS 0\.0\.0, arm64\n")
         self.assertEqual(self.calls_of("sudo").count("\n"), 4)
+        self.assertRegex(self.calls_of("ipcrm"), r"^(ipcrm -S [0-9]+\n){3}$", "the locks of the logs")
 
     def test_names_what_fails_and_why(self):
         program = 'exec "$0.real" "$@"'
