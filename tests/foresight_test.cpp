@@ -118,6 +118,7 @@ TEST_F(Foresight, TellsWhetherAScriptRuns) {
                                    {"#! \n", false},
                                    {"#!/bin/true\r\n", false},
                                    {"#!/no/such\n", false},
+                                   {"#!/bin\n", false},
                                    {"#!" + (top / "plain").string() + "\n", false},
                                    {"#!true\n", false},
                                    {" #!/bin/true\n", false}}) {

@@ -13,6 +13,7 @@
 #include "ctl/log_tail.h"
 #include "ctl/prefs_view.h"
 #include "ctl/user_settings.h"
+#include "driver/log_settings.h"
 #include "esd/prefs/updater_folders.h"
 #include "esd/util/program_version.h"
 
@@ -97,7 +98,9 @@ std::string Headline(const LogRun& run) {
 Answer ShowLog(const LogOptions& options) {
   const std::optional<std::string> path = FindPath();
   std::optional<LogTail> tail = path ? ReadLogTail(*path, options.runs) : std::nullopt;
-  const std::string reason = path ? std::strerror(errno) : "there is no folder for a log";
+  const std::string error = std::strerror(errno);
+  const std::string reason =
+      path ? wakerly::FindLogObstacle(*path).value_or(error) : "there is no folder for a log";
   const std::vector<LogRun> runs =
       tail ? LastRuns(tail->splitter, options.runs) : std::vector<LogRun>();
   Answer answer;

@@ -126,7 +126,9 @@ class LogTest(TreeTest):
         rows = (  # the preferences, what is said
             ({"LogLevel": "0"}, "No such file.*LogLevel = 0 .* wants no log"),
             ({"StartupLogFile": "/nowhere/x.log"}, "/nowhere/x.log: No such file.*cannot be written"),
+            ({"StartupLogFile": str(self.machine.top / "fifo")}, "fifo: it is not a file"),
             ({"StartupLogFile": str(self.machine.top)}, "Is a directory"))
+        os.mkfifo(self.machine.top / "fifo")
         for prefs, said in rows:
             with self.subTest(prefs):
                 self.machine.write(self.machine.prefs, prefs)

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/file_descriptor.h"
+#include "platform/file_type.h"
 #include "platform/posix/machine_code.h"
 
 namespace platform {
@@ -19,7 +20,9 @@ ProgramFit FitOfScript(std::string_view head) {
   std::string_view line = head.substr(2, head.find('\n') - 2);
   line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
   const std::string interpreter(line.substr(0, line.find_first_of(" \t")));
-  return access(interpreter.c_str(), X_OK) == 0 ? ProgramFit::kFits : ProgramFit::kNoInterpreter;
+  const bool is_there =
+      TypeOf(interpreter) == FileType::kRegular && access(interpreter.c_str(), X_OK) == 0;
+  return is_there ? ProgramFit::kFits : ProgramFit::kNoInterpreter;
 }
 
 }  // namespace
