@@ -6,9 +6,17 @@
 #include <cstring>
 #include <string>
 
+#include "esd/util/program_version.h"
 #include "platform/standard_error.h"
 
 namespace ctl {
+
+Value WithVersion(Value::Object members) {
+  constexpr int kSchema = 1;
+  const Value::Object first = {{"schema", kSchema}, {"version", esd::ProgramVersion()}};
+  members.insert(members.begin(), first.begin(), first.end());
+  return members;
+}
 
 bool WriteOutput(std::string_view text) {
   while (!text.empty()) {

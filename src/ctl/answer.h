@@ -25,6 +25,9 @@ struct Answer {
   std::string complaint = {};  ///< a line for standard error; empty for none
 };
 
+/// `members` behind "schema" and "version", with which the object of every command begins.
+Value WithVersion(Value::Object members);
+
 /// Prints `answer` to standard output, as JSON or as text, its complaint to standard error, and
 /// gives the program's exit status: the answer's, or kRefused, with a line on standard error, where
 /// the output does not take it. A reader that has gone is no failure.

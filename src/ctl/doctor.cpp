@@ -21,7 +21,6 @@
 #include "ctl/remedy.h"
 #include "ctl/user_name.h"
 #include "esd/prefs/updater_folders.h"
-#include "esd/util/program_version.h"
 #include "welko/log_redaction.h"
 
 namespace ctl {
@@ -44,7 +43,7 @@ Check LookAtPrefsLock(LockedFile file, const std::string& path, bool is_held) {
   const auto runs = FindHolders(lock, FindRuns());
   finding += runs.empty() ? ", and no run lives that could hold it: it was left behind."
                           : ", perhaps by " + Describe(runs.front()) + ".";
-  return {Grade::kBad, Id::kLockHeld, finding, "wakerlyctl lock --clear"};
+  return {Grade::kBad, Id::kLockHeld, finding, kClearLock};
 }
 
 void CheckPrefsFile(Checks& checks, LockedFile file, const PrefsView& view, bool is_locked) {
@@ -71,7 +70,7 @@ Check LookAtUpdater(const Forecast::Updater& updater) {
   if (id == Id::kUpdaterSuppressed) {
     return {Grade::kNote, id, why + " An administrator lifts it with Suppressed = 0."};
   }
-  if (id == Id::kUpdaterLocked) return {Grade::kBad, id, why, "wakerlyctl lock --clear"};
+  if (id == Id::kUpdaterLocked) return {Grade::kBad, id, why, kClearLock};
   return {Grade::kBad, id, why};
 }
 
@@ -106,7 +105,7 @@ Check LookAtCheck(const Forecast::Check& check) {
                   " From then on a check is due at each logon, until the updater writes a date. "
                   "See that the clock is right, and log on anew."};
     case Id::kCheckPreferencesLocked:
-      return {Grade::kBad, id, why, "wakerlyctl lock --clear"};
+      return {Grade::kBad, id, why, kClearLock};
     default:
       return {Grade::kBad, id, why};
   }
@@ -149,9 +148,9 @@ void Mask(Checks& checks) {
 
 Checks LookAtEverything(const DoctorOptions& options) {
   const date today = boost::gregorian::day_clock::local_day();
-  const Forecast run = ForecastRun(false, today);
-  const PrefsView user(run.preferences);
-  const PrefsView administrator(run.administrator_preferences);
+  const PrefsView user(esd::GetUpdaterPrefsFile(esd::kPrefsFileName));
+  const PrefsView administrator(esd::GetAdminPrefsFile());
+  const Forecast run = ForecastRun(false, today, user, administrator);
   Checks checks;
   CheckFolders(checks);
   CheckPrefsFile(checks, LockedFile::kUser, user, run.log.finding.id == Id::kLogPreferencesLocked);
@@ -208,10 +207,7 @@ Value ToValue(const Checks& checks) {
                                  {"finding", check.finding},
                                  {"remedy", check.remedy}});
   }
-  return Value::Object{{"schema", 1},
-                       {"version", esd::ProgramVersion()},
-                       {"status", NameOf(Worst(checks))},
-                       {"checks", std::move(list)}};
+  return WithVersion({{"status", NameOf(Worst(checks))}, {"checks", std::move(list)}});
 }
 
 }  // namespace

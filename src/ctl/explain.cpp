@@ -11,7 +11,6 @@
 
 #include "ctl/forecast.h"
 #include "ctl/settings.h"
-#include "esd/util/program_version.h"
 
 namespace ctl {
 namespace {
@@ -53,27 +52,25 @@ Value::Object WithFinding(Value::Object members, const Finding& finding) {
 Value ToValue(const Forecast& run) {
   const auto& [log, updater, check, notifier, library] =
       std::tie(run.log, run.updater, run.check, run.notifier, run.library);
-  return Value::Object{
-      {"schema", 1},
-      {"version", esd::ProgramVersion()},
-      {"mode", run.is_scheduled ? "scheduled" : "logon"},
-      {"user", run.user},
-      {"at", to_iso_extended_string(run.today)},
-      {"preferences", run.preferences},
-      {"preferences_state", NameOf(run.preferences_state)},
-      {"administrator_preferences", run.administrator_preferences},
-      {"wipes_preferences", run.wipes_preferences},
-      {"log", WithFinding({{"path", ShownPath(log)}, {"level", log.level}, {"writes", log.writes}},
-                          log.finding)},
-      {"updater", WithFinding({{"enabled", updater.enabled}}, updater.finding)},
-      {"check",
-       WithFinding({{"due", check.due}, {"next_due", ToText(check.next_due)}}, check.finding)},
-      {"notifier", WithFinding({{"path", notifier.path}, {"would_start", notifier.would_start}},
-                               notifier.finding)},
-      {"library",
-       WithFinding({{"path", library.path}, {"usable", library.usable}}, library.finding)},
-      {"exit_status", run.exit_status},
-      {"settings", run.settings}};
+  return WithVersion(
+      {{"mode", run.is_scheduled ? "scheduled" : "logon"},
+       {"user", run.user},
+       {"at", to_iso_extended_string(run.today)},
+       {"preferences", run.preferences},
+       {"preferences_state", NameOf(run.preferences_state)},
+       {"administrator_preferences", run.administrator_preferences},
+       {"wipes_preferences", run.wipes_preferences},
+       {"log", WithFinding({{"path", ShownPath(log)}, {"level", log.level}, {"writes", log.writes}},
+                           log.finding)},
+       {"updater", WithFinding({{"enabled", updater.enabled}}, updater.finding)},
+       {"check",
+        WithFinding({{"due", check.due}, {"next_due", ToText(check.next_due)}}, check.finding)},
+       {"notifier", WithFinding({{"path", notifier.path}, {"would_start", notifier.would_start}},
+                                notifier.finding)},
+       {"library",
+        WithFinding({{"path", library.path}, {"usable", library.usable}}, library.finding)},
+       {"exit_status", run.exit_status},
+       {"settings", run.settings}});
 }
 
 void AddStatement(Page& page, const char* label, Tone tone, const std::string& says,

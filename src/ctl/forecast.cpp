@@ -204,8 +204,12 @@ void Append(Value::Array& all, const Value::Array& more) {
 }  // namespace
 
 Forecast ForecastRun(bool is_scheduled, const date& today) {
-  const PrefsView user_file(esd::GetUpdaterPrefsFile(esd::kPrefsFileName));
-  const PrefsView admin_file(esd::GetAdminPrefsFile());
+  return ForecastRun(is_scheduled, today, PrefsView(esd::GetUpdaterPrefsFile(esd::kPrefsFileName)),
+                     PrefsView(esd::GetAdminPrefsFile()));
+}
+
+Forecast ForecastRun(bool is_scheduled, const date& today, const PrefsView& user_file,
+                     const PrefsView& admin_file) {
   UserSettings user(user_file);
   Settings admin(admin_file, Source::kAdministrator);
 

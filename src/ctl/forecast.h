@@ -67,6 +67,9 @@ struct Forecast {
 /// The run that would begin now, in the mode given, if its date were `today`. Waits about a second
 /// for each lock that is held.
 Forecast ForecastRun(bool is_scheduled, const boost::gregorian::date& today);
+/// The same, of the user's and the administrator's file as they were read.
+Forecast ForecastRun(bool is_scheduled, const boost::gregorian::date& today,
+                     const PrefsView& user_file, const PrefsView& admin_file);
 
 }  // namespace ctl
 

@@ -1,7 +1,6 @@
 #include "ctl/ids.h"
 
 #include "ctl/identifiers.h"
-#include "esd/util/program_version.h"
 
 namespace ctl {
 
@@ -12,8 +11,7 @@ Answer ListIdentifiers() {
     answer.page.AddRow(identifier.name, Tone::kPlain, identifier.meaning);
     list.push_back(Value::Object{{"id", identifier.name}, {"meaning", identifier.meaning}});
   }
-  answer.json = Value::Object{
-      {"schema", 1}, {"version", esd::ProgramVersion()}, {"identifiers", std::move(list)}};
+  answer.json = WithVersion({{"identifiers", std::move(list)}});
   return answer;
 }
 

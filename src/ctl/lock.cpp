@@ -11,10 +11,10 @@
 #include "ctl/lock_clearing.h"
 #include "ctl/lock_look.h"
 #include "ctl/prefs_view.h"
+#include "ctl/remedy.h"
 #include "ctl/user_name.h"
 #include "ctl/user_settings.h"
 #include "esd/prefs/updater_folders.h"
-#include "esd/util/program_version.h"
 #include "welko/log_file_lock.h"
 
 namespace ctl {
@@ -96,11 +96,9 @@ Value ToValue(const State& state, const std::vector<Finding>& findings) {
   for (std::size_t i = 0; i < state.locks.size(); ++i) {
     locks.push_back(ToValue(state.locks[i], findings[i]));
   }
-  return Value::Object{{"schema", 1},
-                       {"version", esd::ProgramVersion()},
-                       {"locks", std::move(locks)},
-                       {"runs", ToValue(state.runs)},
-                       {"log_lock", ToValue(state.log)}};
+  return WithVersion({{"locks", std::move(locks)},
+                      {"runs", ToValue(state.runs)},
+                      {"log_lock", ToValue(state.log)}});
 }
 
 void AddLock(Page& page, const LockLook& lock, const std::vector<platform::Process>& runs) {
@@ -114,8 +112,9 @@ void AddLock(Page& page, const LockLook& lock, const std::vector<platform::Proce
   if (!lock.is_held) return;
   page.AddDetail(
       FindHolders(lock, runs).empty()
-          ? "No run of wakerly lives that could hold it. Unless the updater runs, remove "
-            "it with: wakerlyctl lock --clear"
+          ? std::string("No run of wakerly lives that could hold it. Unless the updater runs, "
+                        "remove it with: ") +
+                kClearLock
           : "A run of wakerly that lives may hold it.");
 }
 

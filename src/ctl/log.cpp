@@ -15,7 +15,6 @@
 #include "ctl/user_settings.h"
 #include "driver/log_settings.h"
 #include "esd/prefs/updater_folders.h"
-#include "esd/util/program_version.h"
 
 namespace ctl {
 namespace {
@@ -110,8 +109,7 @@ Answer ShowLog(const LogOptions& options) {
     for (const std::string& line : run.lines) answer.page.AddVerbatim(line);
     list.push_back(ToValue(run));
   }
-  answer.json = Value::Object{
-      {"schema", 1}, {"version", esd::ProgramVersion()}, {"path", path}, {"runs", std::move(list)}};
+  answer.json = WithVersion({{"path", path}, {"runs", std::move(list)}});
   if (!tail || (runs.empty() && !options.follow)) {
     answer.status = kProblem;
     answer.complaint = NoLog(path, tail ? "no run of wakerly" : reason);

@@ -56,7 +56,7 @@ Check LookAtLog(const Forecast::Log& log) {
     case Id::kLogLevelUnreadable:
       return {Grade::kBad, id, why + kUsualLevel};
     case Id::kLogPreferencesLocked:
-      return {Grade::kBad, id, why, "wakerlyctl lock --clear"};
+      return {Grade::kBad, id, why, kClearLock};
     case Id::kLogUnwritable:
       return {Grade::kBad, id, why + " Name another file in StartupLogFile, or make it writable.",
               MakeWritable(*log.path)};

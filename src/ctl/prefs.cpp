@@ -6,7 +6,6 @@
 #include "ctl/prefs_list.h"
 #include "ctl/user_settings.h"
 #include "esd/prefs/updater_folders.h"
-#include "esd/util/program_version.h"
 
 namespace ctl {
 namespace {
@@ -19,8 +18,6 @@ struct ListedFile {
   bool is_wiped;
   std::vector<ListedPref> prefs;
 };
-
-bool IsKnown(const ListedPref& pref) { return pref.type != "unknown"; }
 
 Value ToValue(const ListedPref& pref) {
   return Value::Object{
@@ -40,16 +37,14 @@ Value ToValue(const ListedFile& file) {
                        {"settings", std::move(settings)}};
 }
 
-std::string ToText(const Value& value) {
-  if (const auto* text = std::get_if<std::string>(&value.content())) return "\"" + *text + "\"";
+// A map is told by its size.
+std::string Summary(const Value& value) {
   if (const auto* object = std::get_if<Value::Object>(&value.content())) {
     const std::size_t count = object->size();
     if (count == 1) return "1 entry";
     return (count == 0 ? "no" : std::to_string(count)) + " entries";
   }
-  std::string text = ToJson(value);
-  if (text.ends_with('\n')) text.pop_back();
-  return text;
+  return ToText(value);
 }
 
 std::string Remarks(const ListedPref& pref) {
@@ -57,7 +52,7 @@ std::string Remarks(const ListedPref& pref) {
   if (!IsKnown(pref)) {
     remarks += "; unknown key";
   } else if (pref.source != Source::kDefault) {
-    remarks += "; default " + ToText(pref.otherwise);
+    remarks += "; default " + Summary(pref.otherwise);
   }
   if (!pref.is_valid) remarks += "; not of type " + pref.type;
   if (pref.entries > 1) {
@@ -73,10 +68,10 @@ Tone ToneOf(const ListedPref& pref) {
 }
 
 void AddPref(Page& page, const ListedPref& pref) {
-  page.AddRow(pref.key, ToneOf(pref), ToText(pref.value) + " (" + Remarks(pref) + ")");
+  page.AddRow(pref.key, ToneOf(pref), Summary(pref.value) + " (" + Remarks(pref) + ")");
   const auto* const entries = std::get_if<Value::Object>(&pref.value.content());
   if (entries == nullptr) return;
-  for (const auto& [key, value] : *entries) page.AddDetail("\"" + key + "\" = " + ToText(value));
+  for (const auto& [key, value] : *entries) page.AddDetail("\"" + key + "\" = " + Summary(value));
 }
 
 void AddFile(Page& page, const ListedFile& file) {
@@ -112,10 +107,8 @@ Answer ShowPrefs(const std::optional<std::string>& key) {
     answer.status = kProblem;
     answer.complaint = *key + " is unknown, and stands in neither file";
   }
-  answer.json = Value::Object{{"schema", 1},
-                              {"version", esd::ProgramVersion()},
-                              {"preferences", ToValue(files[0])},
-                              {"administrator_preferences", ToValue(files[1])}};
+  answer.json = WithVersion(
+      {{"preferences", ToValue(files[0])}, {"administrator_preferences", ToValue(files[1])}});
   return answer;
 }
 

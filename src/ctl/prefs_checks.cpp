@@ -133,7 +133,7 @@ void Examination::CheckEntries() {
   Names unknown;
   Names doubled;
   for (const ListedPref& pref : ListPrefs(schema, view_, settings, std::nullopt)) {
-    if (pref.type == "unknown") unknown.push_back(Hint(schema, pref.key));
+    if (!IsKnown(pref)) unknown.push_back(Hint(schema, pref.key));
     if (pref.entries > 1) doubled.push_back(pref.key);
     if (!pref.is_valid) AddBadValue(pref);
   }

@@ -67,6 +67,8 @@ ListedPref ListUnknown(const esd::XMLDocumentNode& entry, Settings& settings) {
 
 }  // namespace
 
+bool IsKnown(const ListedPref& pref) { return pref.type != kUnknownType; }
+
 std::vector<ListedPref> ListPrefs(const std::vector<SchemaKey>& schema, const PrefsView& view,
                                   Settings& settings, const std::optional<std::string>& wanted) {
   const std::map<std::string, std::size_t> counts = CountEntries(view);

@@ -25,6 +25,9 @@ struct ListedPref {
   std::size_t entries = 0;  ///< how many the file has under this key, of which the first counts
 };
 
+/// Whether the schema has the key.
+bool IsKnown(const ListedPref& pref);
+
 /// The keys of `schema`, then those that the file of `view` holds beyond it, in its own order;
 /// of all these only `wanted`, if that is given. `settings` are those of `view`.
 std::vector<ListedPref> ListPrefs(const std::vector<SchemaKey>& schema, const PrefsView& view,

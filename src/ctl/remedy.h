@@ -9,6 +9,9 @@
 
 namespace ctl {
 
+/// What removes the lock of a preference file that was left behind.
+inline constexpr char kClearLock[] = "wakerlyctl lock --clear";
+
 /// `text` as one word of the shell.
 std::string ShellWord(const std::string& text);
 

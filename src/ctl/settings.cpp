@@ -59,11 +59,14 @@ Value Shown(const std::string& key, const std::map<std::string, V>& value) {
 
 template <typename T>
 std::string Describe(const Setting<T>& setting) {
-  const Value value = Shown(setting);
-  const auto* const text = std::get_if<std::string>(&value.content());
-  std::string shown = text != nullptr ? "\"" + *text + "\"" : ToJson(value);
-  if (shown.ends_with('\n')) shown.pop_back();
-  return setting.key + " = " + shown + " (" + NameOf(setting.source) + ")";
+  return setting.key + " = " + ToText(Shown(setting)) + " (" + NameOf(setting.source) + ")";
+}
+
+std::string ToText(const Value& value) {
+  if (const auto* text = std::get_if<std::string>(&value.content())) return "\"" + *text + "\"";
+  std::string text = ToJson(value);
+  text.pop_back();  // its newline
+  return text;
 }
 
 std::string ShownLogPath(const std::string& path) {

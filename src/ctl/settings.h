@@ -49,6 +49,9 @@ Value Shown(const Setting<T>& setting) {
   return setting.value ? Shown(setting.key, *setting.value) : Shown(setting.key, setting.text);
 }
 
+/// A single value in a sentence: a text stands in quotes.
+std::string ToText(const Value& value);
+
 /// "key = value (source)", the value masked as the log does it.
 template <typename T>
 std::string Describe(const Setting<T>& setting);
