@@ -42,7 +42,9 @@ int getpwuid_r(uid_t uid, passwd* entry, char* texts, size_t size, passwd** foun
   const auto user = test::System().users.find(uid);
   if (user == test::System().users.end()) return 0;
   std::snprintf(texts, size, "%s", user->second.home.c_str());
+  static char name[] = "someone";
   *entry = {};
+  entry->pw_name = name;
   entry->pw_gid = user->second.gid;
   entry->pw_dir = texts;
   *found = entry;

@@ -1,17 +1,12 @@
 #include "ctl/user_name.h"
 
-#include <pwd.h>
-
-#include <array>
+#include "platform/password_entry.h"
 
 namespace ctl {
 
 std::string UserName(uid_t uid) {
-  std::array<char, 16384> texts{};
-  passwd entry{};
-  passwd* found = nullptr;
-  getpwuid_r(uid, &entry, texts.data(), texts.size(), &found);
-  return found != nullptr ? found->pw_name : std::to_string(uid);
+  const std::optional<platform::PasswordEntry> entry = platform::FindPasswordEntry(uid);
+  return entry ? entry->name : std::to_string(uid);
 }
 
 }  // namespace ctl

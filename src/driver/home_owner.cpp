@@ -1,13 +1,13 @@
 #include "driver/home_owner.h"
 
 #include <grp.h>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstdlib>
 #include <vector>
+
+#include "platform/password_entry.h"
 
 namespace wakerly {
 namespace {
@@ -31,12 +31,9 @@ std::vector<gid_t> Groups() {
 
 // Takes the groups of the owner of `home`: those of the password entry, else the folder's.
 bool TakeGroups(const struct stat& home) {
-  std::array<char, 16384> texts{};
-  passwd entry{};
-  passwd* found = nullptr;
-  getpwuid_r(home.st_uid, &entry, texts.data(), texts.size(), &found);
-  if (found == nullptr) return SetGroups(setgroups, {home.st_gid}) && setgid(home.st_gid) == 0;
-  return InitGroups(initgroups, found->pw_name, found->pw_gid) && setgid(found->pw_gid) == 0;
+  const std::optional<platform::PasswordEntry> entry = platform::FindPasswordEntry(home.st_uid);
+  if (!entry) return SetGroups(setgroups, {home.st_gid}) && setgid(home.st_gid) == 0;
+  return InitGroups(initgroups, entry->name.c_str(), entry->gid) && setgid(entry->gid) == 0;
 }
 
 // Of a program that was started set-user-ID, whoever started it chose the variable.

@@ -18,7 +18,7 @@ elseif(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     platform/linux/application.cpp platform/linux/bundle.cpp platform/linux/console_user.cpp
     platform/linux/file_attributes.cpp platform/linux/folders.cpp platform/linux/languages.cpp
     platform/linux/machine_code.cpp platform/linux/md5.cpp platform/linux/named_recursive_lock.cpp
-    platform/linux/password_entry.cpp platform/linux/processes.cpp platform/linux/property_list.cpp
+    platform/linux/processes.cpp platform/linux/property_list.cpp
     platform/linux/semaphore_name.cpp platform/linux/system_version.cpp
     platform/linux/thread_id.cpp)
   find_library(MD_LIBRARY NAMES libmd.a md REQUIRED)
@@ -28,5 +28,6 @@ else()
 endif()
 list(APPEND PLATFORM_SOURCES
   platform/posix/file_descriptor.cpp platform/posix/file_stamp.cpp platform/posix/file_type.cpp
-  platform/posix/folder_making.cpp platform/posix/program_file.cpp
+  platform/posix/folder_making.cpp platform/posix/password_entry.cpp
+  platform/posix/program_file.cpp
   platform/posix/standard_error.cpp platform/posix/standard_folder.cpp)

@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include "platform/linux/late_library.h"
-#include "platform/linux/password_entry.h"
+#include "platform/password_entry.h"
 
 namespace platform {
 

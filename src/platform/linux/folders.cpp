@@ -8,7 +8,7 @@
 
 #include "platform/file_type.h"
 #include "platform/folder_making.h"
-#include "platform/linux/password_entry.h"
+#include "platform/password_entry.h"
 #include "platform/posix/standard_folder.h"
 
 namespace platform {
