@@ -101,8 +101,9 @@ void CheckTime(Checks& checks, const std::string& agent, Settings& settings) {
   };
   const std::optional<std::int64_t> hour = read("Hour");
   const std::optional<std::int64_t> minute = read("Minute");
-  const Setting<int> wanted_hour = settings.Read("UpdaterDailyScheduledTimeHH", 2);
-  const Setting<int> wanted_minute = settings.Read("UpdaterDailyScheduledTimeMM", 0);
+  const UserKeys keys;
+  const Setting<int> wanted_hour = settings.Read(keys.UpdaterDailyScheduledTimeHH());
+  const Setting<int> wanted_minute = settings.Read(keys.UpdaterDailyScheduledTimeMM());
   if (!hour || !minute || !wanted_hour.value || !wanted_minute.value) return;
   if (*hour == *wanted_hour.value && *minute == *wanted_minute.value) return;
   checks.push_back({Grade::kNote, Id::kAgentTimeDiffers,
@@ -125,7 +126,7 @@ void CheckUserAgent(Checks& checks, const std::string& agent, const std::string&
     checks.push_back(check);
     return CheckTime(checks, agent, settings);
   }
-  if (!settings.Read("IsScheduledTaskAdded", false).value.value_or(false)) {
+  if (!settings.Read(UserKeys().IsScheduledTaskAdded()).value.value_or(false)) {
     checks.push_back(
         {Grade::kOk, Id::kAgentNone, agent + " is missing, and the preferences want no schedule."});
     return;

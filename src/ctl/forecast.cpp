@@ -110,7 +110,7 @@ Forecast::Updater ForecastUpdater(const PrefsView& view, Settings& settings) {
   if (!view.path()) {
     return {false, {Id::kUpdaterNoFolder, "There is no folder for the administrator's file."}};
   }
-  const Setting<bool> suppressed = settings.Read("Suppressed", false);
+  const Setting<bool> suppressed = settings.Read(SuppressedKey());
   const std::string held = Describe(suppressed);
   if (IsPrefsLockHeld(*view.path())) {
     return {false, {Id::kUpdaterLocked, *view.path() + " is locked, so the run warns."}};
@@ -167,8 +167,9 @@ Forecast::Check ForecastCheck(UserSettings& user, const date& today) {
   if (!user.view.path()) {
     return {false, std::nullopt, {Id::kCheckNoFolder, "There is no folder for the preferences."}};
   }
-  const Setting<std::string> last = user.settings.Read<std::string>("LastDateCheck", "");
-  const Setting<int> frequency = user.settings.Read("UpdaterPrefSchedCheckFreq", 0);
+  const UserKeys keys;
+  const Setting<std::string> last = user.settings.Read(keys.LastDateCheck());
+  const Setting<int> frequency = user.settings.Read(keys.UpdaterPrefSchedCheckFreq());
   if (user.is_locked) {
     return {false,
             std::nullopt,

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "ctl/prefs_schema.h"
 #include "ctl/prefs_view.h"
 #include "ctl/value.h"
 #include "esd/prefs/prefs_document.h"
@@ -69,9 +70,15 @@ class Settings {
   Source file_source() const { return file_source_; }
 
   /// The value of `key`, the replacement where there is one, else that of the file, else
-  /// `otherwise`. It goes to the list.
+  /// `otherwise` or the key's default. It goes to the list.
+  ///@{
   template <esd::PrefValue T>
   Setting<T> Read(const std::string& key, const T& otherwise);
+  template <esd::PrefValue T>
+  Setting<T> Read(const TypedKey<T>& key) {
+    return Read(key.name, key.otherwise);
+  }
+  ///@}
 
   /// The map of `key`, an empty one where no file holds it. It does not go to the list.
   template <typename V>

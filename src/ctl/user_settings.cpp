@@ -6,7 +6,6 @@
 #include "esd/log/updater_log.h"
 #include "esd/prefs/launch_agent.h"
 #include "esd/prefs/uninstall_stamp.h"
-#include "esd/prefs/updater_folders.h"
 #include "esd/prefs/updater_prefs.h"
 #include "esd/util/delete_path.h"
 #include "platform/file_type.h"
@@ -18,23 +17,25 @@ void ReconcileUninstallStamp(UserSettings& user) {
   const std::optional<std::string> path = esd::GetUninstallStampPath();
   const std::optional<std::string> stamp = path ? esd::ReadUninstallStamp(*path) : std::nullopt;
   if (!stamp) return;
-  const Setting<std::string> known = user.settings.Read<std::string>("uninstallts", "");
+  const UserKeys keys;
+  const Setting<std::string> known = user.settings.Read(keys.uninstallts());
   if (!esd::IsOutdatedBy(stamp, *known.value)) return;
   const std::string& file = *user.view.path();
   user.is_wiped = platform::IsFound(platform::TypeOfLink(file)) && esd::CouldDeleteFile(file);
   if (user.is_wiped) user.settings.ForgetFile(Source::kUninstallStamp);
-  user.settings.Replace("uninstallts", *stamp, Source::kUninstallStamp);
+  user.settings.Replace(known.key, *stamp, Source::kUninstallStamp);
 }
 
 void ReconcileScheduledTask(Settings& settings) {
   std::uint32_t error_code = 0;
   if (esd::IsScheduledTaskPresent(error_code, L"")) return;
-  const Setting<bool> needed = settings.Read("IsScheduledTaskNeeded", true);
-  const Setting<bool> added = settings.Read("IsScheduledTaskAdded", false);
+  const UserKeys keys;
+  const Setting<bool> needed = settings.Read(keys.IsScheduledTaskNeeded());
+  const Setting<bool> added = settings.Read(keys.IsScheduledTaskAdded());
   if (!needed.value || !added.value) return;
   if (!esd::IsTaskRecordObsolete(*needed.value, *added.value)) return;
-  settings.Replace("IsScheduledTaskAdded", "0", Source::kLaunchAgent);
-  settings.Replace("UpdaterPrefSchedCheckFreq", std::to_string(esd::kCheckNever),
+  settings.Replace(keys.IsScheduledTaskAdded().name, "0", Source::kLaunchAgent);
+  settings.Replace(keys.UpdaterPrefSchedCheckFreq().name, std::to_string(esd::kCheckNever),
                    Source::kLaunchAgent);
 }
 
@@ -49,8 +50,7 @@ UserSettings::UserSettings(const PrefsView& file) : view(file), settings(file, S
 }
 
 Setting<std::string> ReadLogSetting(UserSettings& user) {
-  return user.settings.Read<std::string>(
-      "StartupLogFile", esd::GetUpdaterPrefsFile(esd::kStartupLogName).value_or(""));
+  return user.settings.Read(UserKeys().StartupLogFile());
 }
 
 std::optional<std::string> FindLogFile(UserSettings& user) {

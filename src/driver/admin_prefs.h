@@ -10,6 +10,9 @@
 
 namespace wakerly {
 
+/// The key of the administrator's file.
+inline constexpr char kSuppressedKey[] = "Suppressed";
+
 /// The store of the administrator's preferences, which Wakerly only reads. One thread uses it.
 class VantreUpdaterAdminPrefs : public esd::PrefsWriter {
  public:
@@ -25,7 +28,7 @@ class VantreUpdaterAdminPrefs : public esd::PrefsWriter {
  private:
   VantreUpdaterAdminPrefs();
 
-  esd::BasicPref<bool> suppressed_{"Suppressed", false};
+  esd::BasicPref<bool> suppressed_{kSuppressedKey, false};
   std::unique_ptr<esd::ResourceLocker> locker_;
 };
 

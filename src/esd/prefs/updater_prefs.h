@@ -19,7 +19,7 @@
   PREF(BoolPref,      AutoCheck,                  true)                                     \
   PREF(IntPref,       Automatic,                  0)                                        \
   PREF(IntPref,       AutoCheckType,              0)                                        \
-  PREF(StringPref,    DownloadDir,                InFolder(kDownloadFolderName))            \
+  PREF(StringPref,    DownloadDir,                InFolder(esd::kDownloadFolderName))       \
   PREF(StringPref,    UserCache,                  UserCacheFolder())                        \
   PREF(StringPref,    UserCacheTillOrlanUPdater,  FolderAbove())                            \
   PREF(StringPref,    DisplayLang,                "")                                       \
@@ -45,12 +45,12 @@
   PREF(StringPref,    ProxyServer,                "")                                       \
   PREF(StringPref,    ProxyPort,                  "")                                       \
   PREF(IntPref,       ConnectionType,             0)                                        \
-  PREF(StringPref,    LogFile,                    InFolder(kUpdaterLogName))                \
-  PREF(StringPref,    logFileLib,                 InFolder(kLibraryLogName))                \
-  PREF(StringPref,    InstallerLogFile,           InFolder(kInstallerLogName))              \
-  PREF(StringPref,    NotificationLogFile,        InFolder(kNotificationLogName))           \
-  PREF(StringPref,    StartupLogFile,             InFolder(kStartupLogName))                \
-  PREF(StringPref,    SilentNotificationLogFile,  InFolder(kSilentNotificationLogName))     \
+  PREF(StringPref,    LogFile,                    InFolder(esd::kUpdaterLogName))           \
+  PREF(StringPref,    logFileLib,                 InFolder(esd::kLibraryLogName))           \
+  PREF(StringPref,    InstallerLogFile,           InFolder(esd::kInstallerLogName))         \
+  PREF(StringPref,    NotificationLogFile,        InFolder(esd::kNotificationLogName))      \
+  PREF(StringPref,    StartupLogFile,             InFolder(esd::kStartupLogName))           \
+  PREF(StringPref,    SilentNotificationLogFile,  InFolder(esd::kSilentNotificationLogName))\
   PREF(IntPref,       LogLevel,                   2)                                        \
   PREF(StringPref,    OSVersion,                  "")                                       \
   PREF(StringPref,    MondoUVersion,              "")                                       \
