@@ -60,6 +60,7 @@ def install_garbage(tree):
 STAGES = {
     "empty": lambda tree: None,
     "due": install(),
+    "after a run": lambda tree: (install()(tree), tree.run()),
     "date ahead": install({"LastDateCheck": "2099-01-05T09:30:00"}),
     "level 3": install({"LogLevel": "3"}),
     "level unreadable": install({"LogLevel": "loud"}),
