@@ -25,4 +25,6 @@ target_link_options(mac_tests PRIVATE -mmacosx-version-min=${system_version})
 set(home ${CMAKE_CURRENT_BINARY_DIR}/home)
 file(MAKE_DIRECTORY ${home})
 gtest_discover_tests(mac_tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 600 LABELS mac_tests
-  ENVIRONMENT "CFFIXED_USER_HOME=${home};OBJC_DISABLE_INITIALIZE_FORK_SAFETY=YES")
+  ENVIRONMENT CFFIXED_USER_HOME=${home}
+  # Of a list, of which a property could be, CMake 3.25 sets the first alone.
+  ENVIRONMENT_MODIFICATION OBJC_DISABLE_INITIALIZE_FORK_SAFETY=set:YES)
