@@ -401,7 +401,7 @@ class Uninstall(ScriptTest):
                 self.assertEqual([line for line in self.output.splitlines() if line.startswith("unl")], said)
                 self.assertEqual((self.errors, self.status), (errors, status))
                 self.assertEqual(self.calls.splitlines()[:3], [
-                    "id -u", "ps -axo uid=\\,comm=", f"launchctl print gui/501/{logon}"])
+                    "id -u", "ps -axww -o uid= -o comm=", f"launchctl print gui/501/{logon}"])
                 self.assertEqual("--forget" in self.calls, status == 0)
 
     def test_what_cannot_be_removed_is_told_and_the_script_stays(self):
