@@ -30,6 +30,7 @@ else: keys[outer] = sys.argv[4]
 plistlib.dump(keys, open(file, "wb"))"""),
     "sw_vers": "echo 0.0.0",
     "uname": "echo arm64",
+    "xcode-select": "",
     "xcodebuild": "printf 'Xcode 16.2\\nBuild version 16C5032a\\n'",
 })
 START = PLIST.format(file="sys.argv[1]", body="""
@@ -48,7 +49,7 @@ esac
 exit"""
 OWN = {"launchctl": LAUNCHCTL, "sudo": '"$@"; exit'}
 REPORT = """\
-ok       the programs are signed
+ok       the programs are signed for Apple silicon
 ok       a run does what explain says
 ok       its log
 ok       doctor finds no more than what is not installed
@@ -57,6 +58,7 @@ ok       log tells of the run
 ok       a client library loads
 ok       a run drives the installed client library
 ok       a notifier starts
+ok       a run starts the installed notifier
 ok       the logon agent
 ok       the scheduled agent
 """
@@ -65,7 +67,7 @@ ok       the scheduled agent
 class MacCheck(packaging_test.ScriptTest):
     def setUp(self):
         super().setUp()
-        for tool in ("paste", "sort", "touch", "tr"):
+        for tool in ("paste", "pkill", "sort", "touch", "tr"):
             if not (self.scratch / "bin" / tool).exists():
                 (self.scratch / "bin" / tool).symlink_to(shutil.which(tool))
         for tool, does in OWN.items():
@@ -85,17 +87,17 @@ class MacCheck(packaging_test.ScriptTest):
         self.assertEqual(os.listdir(self.root / "Library/Application Support"), [], "left behind")
 
     def test_a_mac_on_which_all_is_well(self):
-        self.check("--install-library")
+        self.check("--install")
         self.assertEqual((self.output.partition("\n")[2], self.errors, self.status), ("Xcode 16.2\n" + REPORT, "", 0))
         self.assertRegex(self.output, r"^wakerly [0-9.]+ on macOS 0\.0\.0, arm64\n")
-        self.assertEqual(self.calls_of("sudo").count("\n"), 4)
+        self.assertEqual(self.calls_of("sudo").count("\n"), 6)
         self.assertRegex(self.calls_of("ipcrm"), r"^(ipcrm -S [0-9]+\n){3}$", "the locks of the logs")
 
     def test_names_what_fails_and_why(self):
         program = 'exec "$0.real" "$@"'
         rows = (  # tool, what it does first, the line that is another one, its beginning
-            ("codesign", "[[ $1 == --verify && $3 == */wakerly ]] && { echo no signature; exit 1; }",
-             "the programs are signed", "FAILED", "no signature"),
+            ("codesign", "[[ $1 == --verify && $5 == */wakerly ]] && { echo no signature; exit 1; }",
+             "the programs are signed for Apple silicon", "FAILED", "no signature"),
             ("wakerly", "exit 1", "a run does what explain says", "FAILED", 'exit status: expected "0", found "1"'),
             ("sw_vers", "echo 15.3; exit", "its log", "FAILED", "Mac OS 15.3.0"),
             ("wakerlyctl", '[[ $1 == doctor ]] && echo "problem  Bad. [log.bad]"',
@@ -108,9 +110,13 @@ class MacCheck(packaging_test.ScriptTest):
             ("sudo", "[[ $1 == cp ]] && { echo may not; exit 1; }", "a run drives the installed client library",
              "FAILED", "may not"),
             ("open", "exit", "a notifier starts", "FAILED", "did not come"),
+            ("wakerly", "[[ $1 == -mode=scheduled && -v NOTIFIER_TRACE ]] && exit",
+             "a run starts the installed notifier", "FAILED", "did not come"),
             ("launchctl", "[[ $1 == kickstart ]] && { echo 78 >$TMPDIR/${2##*/}.code; exit; }", "the scheduled agent",
              "FAILED", 'exit code: expected "0", found "78"'),
             ("launchctl", "[[ $1 == print && $2 != */*/* ]] && exit 113", "the logon agent", "skipped",
+             "not logged on"),
+            ("launchctl", "[[ $1 == print && $2 != */*/* ]] && exit 113", "a notifier starts", "skipped",
              "not logged on"),
         )
         for tool, first, what, verdict, why in rows:
@@ -122,7 +128,7 @@ class MacCheck(packaging_test.ScriptTest):
                     path.chmod(0o755)
                 else:
                     self.stand_in(tool, first + "\n" + OWN.get(tool, ""))
-                self.check(*["--install-library"] * ("installed client" in what))
+                self.check(*["--install"] * ("installed" in what))
                 line = next(line for line in self.output.splitlines() if f" {what}: " in line)
                 self.assertTrue(line.startswith(verdict), line)
                 self.assertIn(why, self.output)
@@ -137,7 +143,7 @@ class MacCheck(packaging_test.ScriptTest):
         never_ends = f"[[ $1 == print && -f $TMPDIR/${{2##*/}} ]] && {{ echo >{waits}; exit 113; }}\n"
         self.stand_in("launchctl", never_ends + LAUNCHCTL)
         self.stand_in("sleep", "/bin/sleep 1; exit")
-        run = subprocess.Popen([SOURCE / "tools/mac-check", "--install-library", self.build],
+        run = subprocess.Popen([SOURCE / "tools/mac-check", "--install", self.build],
                                stdout=subprocess.DEVNULL, env={
             "PATH": str(self.scratch / "bin"), "TMPDIR": str(self.scratch / "tmp"), "WAKERLY_ROOT": str(self.root),
             "CALLS": str(self.scratch / "calls")})
@@ -147,6 +153,14 @@ class MacCheck(packaging_test.ScriptTest):
         run.send_signal(signal.SIGTERM)
         self.assertEqual(run.wait(60), 143)
         self.assert_nothing_left()
+
+    def test_runs_nothing_where_its_home_folder_is_not_heeded(self):
+        (self.build / "wakerlyctl").write_text("#!/bin/bash\necho 'log  goes to /Users/ann/orlanul.log, at level 2'\n")
+        (self.build / "wakerly").write_text(f"#!/bin/bash\ntouch '{self.scratch}/ran'\n")
+        self.check("--install")
+        self.assertEqual((self.status, self.output.count("\n")), (1, 2), self.output)
+        self.assertIn("mac-check: the programs look elsewhere than in the home folder", self.errors)
+        self.assertFalse((self.scratch / "ran").exists())
 
     def test_refuses_a_machine_with_the_updater(self):
         library = self.root / "Library/Application Support/Vantre/VantreKDClient/kdupdater.dylib"
