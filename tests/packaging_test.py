@@ -188,7 +188,8 @@ productbuild --distribution distribution.xml --package-path WORK W.pkg
         self.assertEqual(found, {
             "Library/LaunchAgents/com.vantre.Wakerly-1.0.plist": "644",
             f"{UPDATER}/com.vantre.VantreOrlanUpdater-1.0.plist": "644", f"{UPDATER}/uninstall": "755",
-            f"{UPDATER}/wakerly": "755", "usr/local/bin/wakerlyctl": "755", **pages})
+            f"{UPDATER}/wakerly": "755", "usr/local/bin/wakerlyctl": "755",
+            "usr/local/share/zsh/site-functions/_wakerlyctl": "644", **pages})
         self.assertIn("usr/local/share/man/man8/wakerly.8", pages)
         self.assertEqual({f"{path.stat().st_mode & 0o777:o}" for path in root.rglob("*") if path.is_dir()}, {"755"})
         self.assertTrue(os.access(self.scratch / "made/scripts/postinstall", os.X_OK))
