@@ -39,10 +39,6 @@ std::optional<std::string> ToText(const std::optional<date>& day) {
   return day ? std::optional(to_iso_extended_string(*day)) : std::nullopt;
 }
 
-Value ShownPath(const Forecast::Log& log) {
-  return log.path ? Value(ShownLogPath(*log.path)) : Value();
-}
-
 Value::Object WithFinding(Value::Object members, const Finding& finding) {
   members.push_back({"id", NameOf(finding.id)});
   members.push_back({"why", finding.why});
@@ -60,8 +56,9 @@ Value ToValue(const Forecast& run) {
        {"preferences_state", NameOf(run.preferences_state)},
        {"administrator_preferences", run.administrator_preferences},
        {"wipes_preferences", run.wipes_preferences},
-       {"log", WithFinding({{"path", ShownPath(log)}, {"level", log.level}, {"writes", log.writes}},
-                           log.finding)},
+       {"log", WithFinding(
+                   {{"path", ShownLogPath(log.path)}, {"level", log.level}, {"writes", log.writes}},
+                   log.finding)},
        {"updater", WithFinding({{"enabled", updater.enabled}}, updater.finding)},
        {"check",
         WithFinding({{"due", check.due}, {"next_due", ToText(check.next_due)}}, check.finding)},

@@ -12,6 +12,7 @@
 #include "ctl/lock_look.h"
 #include "ctl/prefs_view.h"
 #include "ctl/remedy.h"
+#include "ctl/settings.h"
 #include "ctl/user_name.h"
 #include "ctl/user_settings.h"
 #include "esd/prefs/updater_folders.h"
@@ -85,7 +86,7 @@ const char* StateName(const LogLock& log) {
 }
 
 Value ToValue(const LogLock& log) {
-  return Value::Object{{"path", log.path},
+  return Value::Object{{"path", ShownLogPath(log.path)},
                        {"state", StateName(log)},
                        {"attached", log.look ? Value(log.look->attached) : Value()},
                        {"last_process", log.look ? Value(std::int64_t{log.look->last}) : Value()}};
@@ -132,7 +133,7 @@ Page ToPage(const State& state) {
   page.AddTitle("The locks of " + UserName(geteuid()) + ":");
   for (const LockLook& lock : state.locks) AddLock(page, lock, state.runs);
   page.AddRow("log", state.log.is_denied ? Tone::kBad : Tone::kGood, DescribeState(state.log));
-  if (state.log.path) page.AddDetail(*state.log.path);
+  if (state.log.path) page.AddDetail(ShownLogPath(*state.log.path));
   page.AddRow("runs", Tone::kPlain, state.runs.empty() ? "none of wakerly" : "");
   for (const platform::Process& run : state.runs) {
     page.AddDetail(Describe(run) + ": " + run.executable);

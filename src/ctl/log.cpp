@@ -12,6 +12,7 @@
 #include "ctl/log_follow.h"
 #include "ctl/log_tail.h"
 #include "ctl/prefs_view.h"
+#include "ctl/settings.h"
 #include "ctl/user_settings.h"
 #include "driver/log_settings.h"
 #include "esd/prefs/updater_folders.h"
@@ -68,7 +69,7 @@ Value ToValue(const LogRun& run) {
 
 std::string NoLog(const std::optional<std::string>& path, const std::string& reason) {
   const Forecast run = ForecastRun(false, boost::gregorian::day_clock::local_day());
-  const std::string found = path ? *path + ": " + reason : reason;
+  const std::string found = path ? ShownLogPath(*path) + ": " + reason : reason;
   return found + "; of a run now: " + run.log.finding.why;
 }
 
@@ -109,7 +110,7 @@ Answer ShowLog(const LogOptions& options) {
     for (const std::string& line : run.lines) answer.page.AddVerbatim(line);
     list.push_back(ToValue(run));
   }
-  answer.json = WithVersion({{"path", path}, {"runs", std::move(list)}});
+  answer.json = WithVersion({{"path", ShownLogPath(path)}, {"runs", std::move(list)}});
   if (!tail || (runs.empty() && !options.follow)) {
     answer.status = kProblem;
     answer.complaint = NoLog(path, tail ? "no run of wakerly" : reason);

@@ -73,6 +73,10 @@ std::string ShownLogPath(const std::string& path) {
   return welko::RedactedValue("StartupLogFile", path);
 }
 
+Value ShownLogPath(const std::optional<std::string>& path) {
+  return path ? Value(ShownLogPath(*path)) : Value();
+}
+
 Source Settings::SourceOf(const std::string& key, bool is_in_file) const {
   if (const auto found = replacements_.find(key); found != replacements_.end()) {
     return found->second.source;

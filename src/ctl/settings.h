@@ -57,8 +57,11 @@ std::string ToText(const Value& value);
 template <typename T>
 std::string Describe(const Setting<T>& setting);
 
-/// The path of a log as it may be shown: masked as the value of StartupLogFile.
+/// The path of a log as it may be shown: masked as the value of StartupLogFile. Null for none.
+///@{
 std::string ShownLogPath(const std::string& path);
+Value ShownLogPath(const std::optional<std::string>& path);
+///@}
 
 /// The settings of one preference file, and a list of those that were asked for.
 class Settings {

@@ -133,6 +133,14 @@ class OutputTest(TreeTest):
         keys = ("StartupLogFile", "LogLevel", "LastDateCheck", "UpdaterPrefSchedCheckFreq",
                 "IsScheduledTaskNeeded", "uninstallts", "Suppressed")
         tree = self.staged
+        for command, path in itertools.product(("log", "lock", "prefs"), secrets.values()):
+            with self.subTest(command, path=path):
+                tree.write(tree.prefs, {"StartupLogFile": path})
+                for arguments in ([command], [command, "--json"]):
+                    said = tree.ctl(*arguments)
+                    self.assertIn("****", said.stdout + said.stderr)
+                    self.assertNotRegex(said.stdout + said.stderr, "eyJ|secret")
+                tree.prefs.unlink()
         for (name, value), key in itertools.product(secrets.items(), keys):
             with self.subTest(name, key=key):
                 tree.write(tree.admin_prefs if key == "Suppressed" else tree.prefs, {key: value})
