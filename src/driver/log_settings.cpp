@@ -26,11 +26,14 @@ LogChoice ChooseLog(const std::string& stored_path, int stored_level) {
 }
 
 std::optional<std::string> FindLogObstacle(const std::string& path) {
-  const platform::FileType type = platform::TypeOf(path);
+  // A link that leads nowhere names the file that would have to be made.
+  const std::optional<std::string> file = platform::FollowLinks(path);
+  if (!file) return std::strerror(ELOOP);
+  const platform::FileType type = platform::TypeOf(*file);
+  if (type == platform::FileType::kUnknown) return std::strerror(errno);
   if (type == platform::FileType::kFolder) return std::strerror(EISDIR);
   if (type == platform::FileType::kOther) return "it is not a file";
-  // What is missing would have to be made.
-  const std::string written = platform::IsFound(type) ? path : esd::GetParentFolder(path);
+  const std::string written = platform::IsFound(type) ? *file : esd::GetParentFolder(*file);
   if (faccessat(AT_FDCWD, written.c_str(), W_OK, AT_EACCESS) == 0) return std::nullopt;
   return std::strerror(errno);
 }

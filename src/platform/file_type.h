@@ -24,6 +24,10 @@ FileType TypeOf(const std::string& path);
 /// As TypeOf, but a link at the end of `path` is itself the answer.
 FileType TypeOfLink(const std::string& path);
 
+/// The path at which the chain of links ends that begins at `path`: that of no link, and perhaps of
+/// nothing. None where the chain has no end.
+std::optional<std::string> FollowLinks(std::string path);
+
 /// Whether `type` is that of something that was found: neither kNone nor kUnknown.
 constexpr bool IsFound(FileType type) {
   return type != FileType::kNone && type != FileType::kUnknown;

@@ -176,6 +176,11 @@ def deny_writing(path):
     path.chmod(0o500 if path.is_dir() else 0o400)
 
 
+def link(path, target="gone/further"):
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.symlink_to(target)
+
+
 def log_rows():
     off = "log.off"
     for level, ids in ((0, off), (-1, ""), (-2, off), ("loud", "log.level-unreadable"), (1, ""),
@@ -186,6 +191,10 @@ def log_rows():
             ("named", "logs/my.log", "", lambda tree: (tree.top / "logs").mkdir()),
             ("in a missing folder", "logs/my.log", bad, lambda tree: None),
             ("a folder", "logs", bad, lambda tree: (tree.top / "logs").mkdir()),
+            ("a link to what is missing", "link", "", lambda tree: link(tree.top / "link", "my.log")),
+            ("a link to a missing folder", "link", bad, lambda tree: link(tree.top / "link")),
+            ("a link to itself", "link", bad, lambda tree: link(tree.top / "link", "link")),
+            ("of too long a name", "n" * 256, bad, lambda tree: None),
             ("a pipe", "pipe", bad, lambda tree: os.mkfifo(tree.top / "pipe")),
             ("there before", "my.log", "",
              lambda tree: tree.write(tree.top / "my.log", "before\n"))):
@@ -381,7 +390,8 @@ class Before:
 def said_of(said):
     log = said["log"]
     settings = {f"setting {setting['key']}": setting for setting in said["settings"]}
-    return settings | {"log": [log["path"]] if log["writes"] else [], "level": log["level"],
+    logs = [str(pathlib.Path(log["path"]).resolve())] if log["writes"] else []
+    return settings | {"log": logs, "level": log["level"],
             "level in the file": str(log["level"]),
             "standard error": REASONS.get(log["id"], ""), "user": said["user"],
             "enabled": said["updater"]["enabled"], "due": said["check"]["due"],

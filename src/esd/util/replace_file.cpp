@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <initializer_list>
 #include <limits>
@@ -35,26 +34,6 @@ bool ErrorIsOneOf(std::initializer_list<int> errors) {
 std::string FolderOf(const std::string& path) {
   const std::string folder = GetParentFolder(path);
   return folder.empty() ? "." : folder;
-}
-
-struct Place {
-  std::string path;
-  FileType type;
-};
-
-// Where the chain of links that begins at `path` ends; nothing where it has no end.
-std::optional<Place> FollowLinks(std::string path) {
-  constexpr int kMostLinks = 40;  // as Linux: path_resolution(7)
-  for (int links = 0; links < kMostLinks; ++links) {
-    const FileType type = platform::TypeOfLink(path);
-    if (type != FileType::kSymbolicLink) return Place{path, type};
-    char target[PATH_MAX];
-    const ssize_t size = readlink(path.c_str(), target, sizeof target);
-    if (size <= 0 || size == sizeof target) return std::nullopt;
-    const std::string_view text(target, static_cast<std::size_t>(size));
-    path = text.starts_with('/') ? std::string(text) : FolderOf(path) + "/" + std::string(text);
-  }
-  return std::nullopt;
 }
 
 // What the names of new files begin with.
@@ -217,9 +196,10 @@ std::optional<FileStamp> WriteNew(const std::string& path, std::string_view byte
 
 std::optional<FileStamp> ReplaceFile(const std::string& given_path, std::string_view bytes,
                                      std::uint64_t later_than) {
-  const std::optional<Place> place = FollowLinks(given_path);
-  if (!place) return std::nullopt;
-  const auto& [path, type] = *place;
+  const std::optional<std::string> found = platform::FollowLinks(given_path);
+  if (!found) return std::nullopt;
+  const std::string& path = *found;
+  const FileType type = platform::TypeOfLink(path);
   if (type != FileType::kRegular && type != FileType::kNone) return std::nullopt;
   // Opened first and left as it is, so that a file that may not be written stays in its place.
   Former former{FileDescriptor(open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC))};
@@ -246,10 +226,10 @@ std::optional<FileStamp> ReplaceFile(const std::string& given_path, std::string_
 }
 
 void RemoveLeftovers(const std::string& given_path) {
-  const std::optional<Place> place = FollowLinks(given_path);
-  if (!place) return;
-  const std::string prefix = NewFilePrefix(place->path);
-  const std::unique_ptr<DIR, CloseFolder> folder(opendir(FolderOf(place->path).c_str()));
+  const std::optional<std::string> path = platform::FollowLinks(given_path);
+  if (!path) return;
+  const std::string prefix = NewFilePrefix(*path);
+  const std::unique_ptr<DIR, CloseFolder> folder(opendir(FolderOf(*path).c_str()));
   while (const dirent* entry = folder ? readdir(folder.get()) : nullptr) {
     const std::string_view name(entry->d_name);
     const bool is_leftover =

@@ -1,8 +1,10 @@
 #include "platform/file_type.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 
 namespace platform {
 namespace {
@@ -34,6 +36,19 @@ FileType TypeOfLink(const std::string& path) {
 bool IsOtherThanFile(const std::string& path) {
   const FileType type = TypeOf(path);
   return IsFound(type) && type != FileType::kRegular;
+}
+
+std::optional<std::string> FollowLinks(std::string path) {
+  constexpr int kMostLinks = 40;  // as Linux: path_resolution(7)
+  for (int links = 0; links < kMostLinks; ++links) {
+    if (TypeOfLink(path) != FileType::kSymbolicLink) return path;
+    char target[PATH_MAX];
+    const ssize_t size = readlink(path.c_str(), target, sizeof target);
+    if (size <= 0 || size == sizeof target) return std::nullopt;
+    path.resize(target[0] == '/' ? 0 : path.rfind('/') + 1);
+    path.append(target, static_cast<std::size_t>(size));
+  }
+  return std::nullopt;
 }
 
 std::optional<std::int64_t> SizeOf(const std::string& path) {
