@@ -334,6 +334,8 @@ def home_rows():
              lambda tree: tree.write(tree.top / "new/Library"), False),
             ("a link to nothing", never_run,
              lambda tree: (tree.top / "new").symlink_to("gone/further"), False),
+            ("with a link to nothing in the place of the updater's folder", never_run,
+             lambda tree: link(tree.top / "new/Library/Application Support/Vantre"), False),
             ("read-only", never_run,
              lambda tree: ((tree.top / "new").mkdir(), deny_writing(tree.top / "new")), True),
             ("a file, as is the temporary folder", no_folder,

@@ -26,7 +26,8 @@ bool EnsureFolder(const std::string& path, const std::string& above, bool shared
   GetPermissionMode(above, bits);
   if (ObjectExistsAtPath(path)) return true;
   if (!platform::MakesFolders()) return platform::CouldMakeFolder(path);
-  return CreateFolderTree(path, shared ? kSharedMode : mode_t{bits});
+  // What keeps the folder from being made counts as one that was there before: a link to nothing.
+  return CreateFolderTree(path, shared ? kSharedMode : mode_t{bits}) && ObjectExistsAtPath(path);
 }
 
 // Whether a folder, and no link to one, stands at `path` which nobody but this process's user can
