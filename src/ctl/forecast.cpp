@@ -18,6 +18,7 @@
 #include "esd/prefs/updater_folders.h"
 #include "esd/prefs/updater_prefs.h"
 #include "esd/util/path.h"
+#include "platform/bundle.h"
 #include "platform/file_type.h"
 #include "platform/folder_making.h"
 #include "welko/library_logs.h"
@@ -31,10 +32,16 @@ using wakerly::CheckReason;
 
 // Whether the run's look-ups make the folder: it is one of those, or above one.
 bool IsMadeByRun(const std::string& folder) {
+  // With ".." or "~" it may lead elsewhere than it reads.
+  if (folder.starts_with('~') || ("/" + folder + "/").find("/../") != std::string::npos)
+    return false;
+  const std::string above = platform::StandardizePath(folder) + "/";
+  const auto is_below = [&](const std::string& made) {
+    return (platform::StandardizePath(made) + "/").starts_with(above);
+  };
   std::string made;
-  if (esd::GetUpdaterPrefsFolder(made) && (made + "/").starts_with(folder + "/")) return true;
-  made = welko::GetConsoleUserLogsFolder().value_or("");
-  return (made + "/").starts_with(folder + "/");
+  return (esd::GetUpdaterPrefsFolder(made) && is_below(made)) ||
+         is_below(welko::GetConsoleUserLogsFolder().value_or(""));
 }
 
 std::optional<std::string> FindObstacle(const std::string& path) {
