@@ -3,8 +3,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -41,6 +43,10 @@ std::string ProgramOf(const std::string& agent, const std::string& root) {
 }
 
 Check LookAtAgent(const std::string& agent, const std::string& root) {
+  if (faccessat(AT_FDCWD, agent.c_str(), R_OK, AT_EACCESS) != 0) {
+    return {Grade::kBad, Id::kAgentUnreadable,
+            agent + " cannot be read: " + std::strerror(errno) + "."};
+  }
   if (!platform::ReadPropertyListString(agent, "Label")) {
     return {Grade::kBad, Id::kAgentMalformed, agent + " is no property list with a Label."};
   }
@@ -71,7 +77,9 @@ std::string UserAgent() {
 
 void CheckOwnAgent(Checks& checks, const std::string& agent, const std::string& root) {
   if (platform::IsFound(platform::TypeOf(agent))) {
-    checks.push_back(LookAtAgent(agent, root));
+    Check check = LookAtAgent(agent, root);
+    if (check.id == Id::kAgentUnreadable) check.remedy = GiveToAll(agent, "r");
+    checks.push_back(check);
   } else {
     checks.push_back({Grade::kNote, Id::kAgentNotInstalled,
                       agent + " is missing: it does not start wakerly on this machine."});
@@ -120,7 +128,9 @@ void CheckUserAgent(Checks& checks, const std::string& agent, const std::string&
     Check check = LookAtAgent(agent, root);
     // Only what the machine's own agent starts, too, is given rights because an agent names it.
     const bool is_same = ProgramOf(agent, root) == ProgramOf(shipped, root);
-    if (check.id == Id::kAgentMalformed || (check.grade != Grade::kOk && !is_same)) {
+    if (check.id == Id::kAgentUnreadable) {
+      check.remedy = GiveToUser(agent, "r");
+    } else if (check.id == Id::kAgentMalformed || (check.grade != Grade::kOk && !is_same)) {
       check.remedy = CopyAgent(shipped, agent);
     }
     checks.push_back(check);

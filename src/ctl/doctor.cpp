@@ -124,7 +124,8 @@ Check LookAtNotifier(const std::optional<std::string>& path) {
   if (id == Id::kNotifierNotExecutable) {
     return {Grade::kBad, id, why, GiveToAll(*path, "x")};
   }
-  return {Grade::kBad, id, why + " Install the updater again."};
+  return {Grade::kBad, id, why + " Install the updater again.",
+          path ? OpenWay(*path) : std::nullopt};
 }
 
 Check LookAtLibrary(const Forecast::Library& library) {
@@ -133,16 +134,18 @@ Check LookAtLibrary(const Forecast::Library& library) {
   if (id == Id::kLibraryUnreadable) {
     return {Grade::kBad, id, why, GiveToAll(library.path, "r")};
   }
-  return {Grade::kBad, id, why + " Install the updater again."};
+  return {Grade::kBad, id, why + " Install the updater again.", OpenWay(library.path)};
 }
 
 // What the log masks or drops is not told here either. A command that would be another one without
-// it, or without what a terminal may act on, is none.
+// it, without what a terminal may act on, or without what is no UTF-8, is none.
 void Mask(Checks& checks) {
   const auto masked = [](const std::string& text) { return welko::RedactedValue("finding", text); };
   for (Check& check : checks) {
     check.finding = masked(check.finding);
-    if (check.remedy && Printable(masked(*check.remedy)) != *check.remedy) check.remedy.reset();
+    if (!check.remedy) continue;
+    const std::string shown = Printable(masked(*check.remedy));
+    if (shown != *check.remedy || !IsUtf8(shown)) check.remedy.reset();
   }
 }
 

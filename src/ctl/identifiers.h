@@ -131,6 +131,7 @@
   ID(kAgentMissing, "agent.missing",                                                              \
      "The preferences record a launch agent for scheduled checks, and it is missing.")            \
   ID(kAgentMalformed, "agent.malformed", "The launch agent is no property list with a label.")    \
+  ID(kAgentUnreadable, "agent.unreadable", "The launch agent may not be read by this user.")      \
   ID(kAgentNoProgram, "agent.no-program", "The launch agent names no program.")                   \
   ID(kAgentProgramMissing, "agent.program-missing",                                               \
      "The program that the launch agent starts is missing.")                                      \
@@ -141,7 +142,7 @@
   ID(kLogLevelBeyondScale, "log.level-beyond-scale",                                              \
      "LogLevel is above 10, which logs less than 3 does.")                                        \
   ID(kLogEndangersPreferences, "log.endangers-preferences",                                       \
-     "The name of the preference file begins like the log's: a roll-over removes it.")            \
+     "The log is the preference file, or has a name that this begins with: the log spoils it.")   \
   ID(kLogRollsOver, "log.rolls-over",                                                             \
      "The log has reached its size: the next run moves it to a backup.")                          \
   ID(kLogSwitched, "log.switched", "A switch file turns the log up.")                             \

@@ -138,11 +138,18 @@ void CheckSize(Checks& checks, const Forecast::Log& log) {
                         "newest two stay."});
 }
 
-// A roll-over takes everything in the log's folder that begins with its name for a backup.
+// The preference file is no log, and a roll-over takes everything in the log's folder that begins
+// with its name for a backup.
 void CheckNeighbour(Checks& checks, const std::string& log,
                     const std::optional<std::string>& preferences) {
+  if (preferences == log) {
+    checks.push_back({Grade::kBad, Id::kLogEndangersPreferences,
+                      log + " is the preference file, which the lines of a log make malformed. "
+                            "Name another file in StartupLogFile."});
+    return;
+  }
   const std::string base = welko::WithoutPathExtension(log);
-  if (!preferences || *preferences == log || !preferences->starts_with(base)) return;
+  if (!preferences || !preferences->starts_with(base)) return;
   checks.push_back({Grade::kBad, Id::kLogEndangersPreferences,
                     "When " + log + " rolls over, " + *preferences +
                         " goes as if it were a backup of it, since the names begin alike. Name "

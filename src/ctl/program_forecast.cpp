@@ -3,6 +3,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
+
 #include "launcher/kodo_launcher.h"
 #include "platform/file_type.h"
 #include "platform/program_file.h"
@@ -19,10 +22,16 @@ bool MayAccess(const std::string& path, int mode) {
   return faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
 }
 
+// What to say of a file that was not found; errno is still that of the look.
+std::string DescribeAbsence(const std::string& path, FileType type) {
+  if (type == FileType::kNone) return path + " is missing.";
+  return path + " cannot be looked at: " + std::strerror(errno) + ".";
+}
+
 // Why the system would not start the executable; nothing where a look at it tells no reason.
 std::optional<Finding> FindLaunchObstacle(const std::string& path) {
   const FileType type = platform::TypeOf(path);
-  if (!platform::IsFound(type)) return Finding{Id::kNotifierMissing, path + " is missing."};
+  if (!platform::IsFound(type)) return Finding{Id::kNotifierMissing, DescribeAbsence(path, type)};
   if (type != FileType::kRegular) return Finding{Id::kNotifierNotAFile, path + " is no file."};
   if (!MayAccess(path, X_OK)) {
     return Finding{Id::kNotifierNotExecutable, path + " may not be executed by this user."};
@@ -43,7 +52,7 @@ std::optional<Finding> FindLaunchObstacle(const std::string& path) {
 
 Finding LookAtLibrary(const std::string& path) {
   const FileType type = platform::TypeOf(path);
-  if (!platform::IsFound(type)) return {Id::kLibraryMissing, path + " is missing."};
+  if (!platform::IsFound(type)) return {Id::kLibraryMissing, DescribeAbsence(path, type)};
   if (type != FileType::kRegular) return {Id::kLibraryNotAFile, path + " is no file."};
   if (!MayAccess(path, R_OK)) {
     return {Id::kLibraryUnreadable, path + " may not be read by this user."};

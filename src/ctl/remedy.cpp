@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <memory>
 
@@ -27,6 +28,12 @@ std::string SudoToChange(const std::string& path) {
   const std::string folder = esd::GetParentFolder(path);
   const bool may_change = faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
   return may_change ? "" : Sudo();
+}
+
+std::string ChangeForAll(const std::string& path, const std::string& rights) {
+  struct stat status {};
+  const bool is_own = stat(path.c_str(), &status) == 0 && status.st_uid == geteuid();
+  return (is_own ? "" : Sudo()) + "chmod a+" + rights + " " + ShellWord(path);
 }
 
 // `path` with each link on its way followed; nothing where it leads nowhere.
@@ -79,10 +86,17 @@ std::optional<std::string> GiveToUser(const std::string& path, const std::string
 
 std::string Remove(const std::string& path) { return SudoToChange(path) + "rm " + ShellWord(path); }
 
-std::string GiveToAll(const std::string& path, const std::string& rights) {
+std::optional<std::string> OpenWay(const std::string& path) {
+  std::string folder = path;
   struct stat status {};
-  const bool is_own = stat(path.c_str(), &status) == 0 && status.st_uid == geteuid();
-  return (is_own ? "" : Sudo()) + "chmod a+" + rights + " " + ShellWord(path);
+  while (stat(folder.c_str(), &status) != 0 && errno == EACCES) {
+    folder = esd::GetParentFolder(folder);
+  }
+  return folder == path ? std::nullopt : std::optional(ChangeForAll(folder, "x"));
+}
+
+std::string GiveToAll(const std::string& path, const std::string& rights) {
+  return OpenWay(path).value_or(ChangeForAll(path, rights));
 }
 
 }  // namespace ctl

@@ -33,7 +33,11 @@ std::string SetAside(const std::string& path);
 /// it is missing, has both already, or is another user's and not in the home folder.
 std::optional<std::string> GiveToUser(const std::string& path, const std::string& rights);
 
-/// Gives everybody the rights `rights` on `path`, which is the machine's.
+/// Lets everybody search the first folder on the way to `path`, which is the machine's, that this
+/// user may not search. Nothing where none closes the way.
+std::optional<std::string> OpenWay(const std::string& path);
+
+/// Gives everybody the rights `rights` on `path`, which is the machine's, or opens the way to it.
 std::string GiveToAll(const std::string& path, const std::string& rights);
 
 }  // namespace ctl

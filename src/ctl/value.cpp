@@ -52,6 +52,15 @@ std::string EscapeC1(std::string_view json) {
 
 }  // namespace
 
+bool IsUtf8(const std::string& text) {
+  try {
+    Json(text).dump();
+    return true;
+  } catch (const Json::type_error&) {
+    return false;
+  }
+}
+
 std::string ToJson(const Value& value) {
   constexpr int kIndent = 2;
   return EscapeC1(Convert(value).dump(kIndent, ' ', false, Json::error_handler_t::replace)) + "\n";

@@ -54,6 +54,9 @@ class Value {
 /// text is replaced by U+FFFD. No control character stands there unescaped, but DEL.
 std::string ToJson(const Value& value);
 
+/// Whether `text` is UTF-8, so that ToJson leaves it as it is.
+bool IsUtf8(const std::string& text);
+
 }  // namespace ctl
 
 #endif  // CTL_VALUE_H_

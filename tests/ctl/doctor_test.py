@@ -122,6 +122,8 @@ FAULTS = (
     ("level 11", prefs(LogLevel="11"), "log.level-beyond-scale", "note", False),
     ("a log called like the preferences", lambda t: prefs(StartupLogFile=t.folder / "Vantre.log")(t),
      "log.endangers-preferences", "problem", False),
+    ("a log that is the preferences", lambda t: prefs(StartupLogFile=t.prefs)(t),
+     "log.endangers-preferences", "problem", False),
     ("a large log", lambda t: os.truncate(t.write(t.log), 10 * 2**20), "log.rolls-over", "note", False),
     ("a log's lock left behind", leave_log_lock, "log.lock-stuck", "problem", True),
     ("a switch", lambda t: t.write(t.home / "Library/Logs/Welko.debug"), "log.switched", "note", True),
@@ -145,7 +147,14 @@ FAULTS_FOR_ORDINARY_USERS = (
      "folder.temporary", "problem", True),
     ("a folder without rights", lambda t: t.folder.chmod(0o500), "folder.unwritable", "problem", True),
     ("a read-only log", lambda t: t.write(t.log).chmod(0o400), "log.unwritable", "problem", True),
-    ("an unreadable library", lambda t: t.library.chmod(0), "library.unreadable", "problem", True))
+    ("an unreadable library", lambda t: t.library.chmod(0), "library.unreadable", "problem", True),
+    ("a library in a closed folder", lambda t: t.library.parent.chmod(0o600), "library.missing", "problem", True),
+    ("a notifier in a closed folder", lambda t: t.bundle.chmod(0), "notifier.missing", "problem", True),
+    ("an administrator's file in a closed folder", lambda t: (t.write(t.admin_prefs, {"Suppressed": "1"}),
+                                                              t.inventory.chmod(0o600)),
+     "administrator-preferences.unreadable", "problem", True),
+    ("an unreadable agent", lambda t: t.agent.chmod(0), "agent.unreadable", "problem", True),
+    ("an unreadable agent of wakerly's own", lambda t: t.logon_agent.chmod(0), "agent.unreadable", "problem", True))
 
 
 class DoctorTest(TreeTest):
@@ -231,6 +240,7 @@ class DoctorTest(TreeTest):
             (link(folder + "/VantreUpdaterPrefs.dat", "/etc/shadow"), "preferences.unreadable"),
             (link(folder, "/etc"), "folder.unwritable"),
             (link(agent, "/etc/passwd"), "agent.malformed"),
+            (link(agent, "/etc/shadow"), "agent.unreadable"),
             (link(agent, "none"), "agent.missing"))
         for stage, identifier in rows:
             with self.subTest(identifier=identifier):
@@ -243,6 +253,15 @@ class DoctorTest(TreeTest):
         replace("agent", "/Library/Application Support/Vantre/OrlanUpdater/1.0/wakerly", "/other")(tree)
         tree.write(tree.root / "other")
         self.assertIn("cp ", self.look(tree)["agent.program-not-executable"]["remedy"], "no rights for what it names")
+
+    def test_a_command_that_would_not_be_whole_is_none(self):
+        tree = self.healthy_tree()
+        home = os.fsdecode(bytes(tree.top) + b"/\xff")
+        shutil.move(tree.home, home)
+        shutil.rmtree(home + "/Library/Application Support")
+        pathlib.Path(home, "Library/Application Support").write_text("in the way")
+        tree.environment["HOME"] = home
+        self.assertIsNone(self.look(tree)["folder.temporary"]["remedy"])
 
     def test_a_finding_tells_where_the_fault_is_and_what_mends_it_by_hand(self):
         rows = (  # the preferences, the identifier, what the finding tells
