@@ -8,7 +8,6 @@
 
 #include "esd/log/updater_log.h"
 #include "esd/prefs/updater_folders.h"
-#include "esd/util/path.h"
 #include "platform/file_type.h"
 
 namespace wakerly {
@@ -33,7 +32,9 @@ std::optional<std::string> FindLogObstacle(const std::string& path) {
   if (type == platform::FileType::kUnknown) return std::strerror(errno);
   if (type == platform::FileType::kFolder) return std::strerror(EISDIR);
   if (type == platform::FileType::kOther) return "it is not a file";
-  const std::string written = platform::IsFound(type) ? *file : esd::GetParentFolder(*file);
+  // With "." at its end, the path of what is no folder leads nowhere.
+  const std::string written =
+      platform::IsFound(type) ? *file : file->substr(0, file->rfind('/') + 1) + ".";
   if (faccessat(AT_FDCWD, written.c_str(), W_OK, AT_EACCESS) == 0) return std::nullopt;
   return std::strerror(errno);
 }

@@ -205,6 +205,8 @@ def log_rows():
     yield Row("log without a folder", "", {"StartupLogFile": "my.log"})
     yield Row("log in a folder that a run makes, of another spelling",
               stage=lambda tree: change(tree, StartupLogFile=f"{tree.home}//Library/./Logs/x.log"))
+    yield Row("log whose folder is a file", bad + " check.never-run notifier.not-due", ABSENT,
+              stage=lambda tree: tree.write(tree.folder))
     yield Row("log whose folder cannot be written to", bad, ordinary=True,
               stage=lambda tree: deny_writing(tree.folder))
     yield Row("log that cannot be written", bad, ordinary=True,
