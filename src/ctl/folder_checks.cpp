@@ -74,7 +74,11 @@ Check LookAtPrefsFolder(const std::string& home) {
                 folder + ", until that is cleared.",
             ClearTheWay(home)};
   }
-  if (!platform::IsFound(platform::TypeOf(folder))) {
+  const FileType type = platform::TypeOf(folder);
+  if (platform::IsFound(type) && type != FileType::kFolder) {
+    return {Grade::kBad, Id::kFolderUnwritable, folder + " is no folder.", SetAside(folder)};
+  }
+  if (!platform::IsFound(type)) {
     return {Grade::kOk, Id::kFolderOk, folder + " is missing, and the next run makes it."};
   }
   if (faccessat(AT_FDCWD, folder.c_str(), R_OK | W_OK | X_OK, AT_EACCESS) != 0) {

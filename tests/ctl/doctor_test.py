@@ -92,6 +92,8 @@ FAULTS = (
      "preferences.changes-on-save", "problem", False),
     ("a file in a folder's place", lambda t: (shutil.rmtree(t.home), t.write(t.home / "Library")),
      "folder.temporary", "problem", True),
+    ("a file in the place of the last folder", lambda t: (shutil.rmtree(t.folder), t.write(t.folder)),
+     "folder.unwritable", "problem", True),
     ("a missing home", lambda t: shutil.rmtree(t.home), "home.missing", "problem", False),
     ("a lock left behind", leave_lock, "lock.held", "problem", True),
     ("an administrator's malformed file", lambda t: t.write(t.admin_prefs, "<"),
