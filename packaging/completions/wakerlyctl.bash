@@ -2,7 +2,7 @@
 
 _wakerlyctl() {
   local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
-  local words='explain doctor prefs lock log ids --help --version'
+  local offered words='explain doctor prefs lock log ids --help --version'
   COMPREPLY=()
   if ((COMP_CWORD > 1)); then
     # Their values are nothing that a list could offer.
@@ -18,7 +18,8 @@ _wakerlyctl() {
       *) return ;;
     esac
   fi
-  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+  # The bash of macOS has no mapfile.
+  while read -r offered; do COMPREPLY+=("$offered"); done < <(compgen -W "$words" -- "$word")
 }
 
 complete -F _wakerlyctl wakerlyctl
