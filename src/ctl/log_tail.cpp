@@ -1,6 +1,7 @@
 #include "ctl/log_tail.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 #include <vector>
 
@@ -43,11 +44,15 @@ bool Prepend(std::string& text, const platform::FileDescriptor& file, std::int64
 std::optional<LogTail> ReadLogTail(const std::string& path, std::size_t runs) {
   LogTail tail;
   tail.log = platform::OpenRegularFile(path);
-  if (!tail.log) return std::nullopt;
+  const int error = errno;
+  std::vector<std::string> backups = welko::FindBackups(path);
+  if (!tail.log && (error != ENOENT || backups.empty())) {
+    errno = error;
+    return std::nullopt;
+  }
   tail.size = SizeOf(tail.log);
   std::string text;
   bool is_enough = Prepend(text, tail.log, tail.size, runs);
-  std::vector<std::string> backups = welko::FindBackups(path);
   for (; !is_enough && !backups.empty(); backups.pop_back()) {
     const platform::FileDescriptor backup = platform::OpenRegularFile(backups.back());
     if (backup) is_enough = Prepend(text, backup, SizeOf(backup), runs);

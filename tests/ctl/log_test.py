@@ -109,6 +109,8 @@ class LogTest(TreeTest):
             with self.subTest(runs=count):
                 self.assertEqual("".join(thread for thread, _ in self.messages("--runs", str(count))), threads)
         self.assertEqual(self.messages("--runs", "2")[0][1], [BANNER, RULE, "Bit: 64", RULE, "goes on", END])
+        self.machine.log.unlink()
+        self.assertEqual("".join(thread for thread, _ in self.messages("--runs", "9")), "124")
 
     def test_of_a_large_log_the_end_alone_is_read(self):
         self.write_log(*run_of(1, "x" * 1000) * 50_000, *run_of(2, "y" * 400_000))
