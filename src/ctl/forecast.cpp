@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "ctl/held_log_lock.h"
 #include "ctl/prefs_view.h"
 #include "ctl/program_forecast.h"
 #include "ctl/settings.h"
@@ -77,6 +78,11 @@ void ForecastLogFile(Forecast::Log& log, const std::string& settings) {
   } else if (!welko::LogFileLock::LookAt(*log.path) && errno == EACCES) {
     log.finding = {Id::kLogLockDenied, "The semaphore set that guards " + shown +
                                            " belongs to another user; " + settings + "."};
+  } else if (const auto lock = FindHeldLogLock(*log.path); lock && lock->is_stuck) {
+    log.finding = {Id::kLogLockStuck, "The lock of " + shown +
+                                          " is taken, and no living process holds it: the run "
+                                          "waits for it without an end, and does nothing else; " +
+                                          settings + "."};
   } else {
     log.writes = true;
     log.finding = {Id::kLogWritten, "The log is written; " + settings + "."};

@@ -151,7 +151,7 @@
   ID(kLogKeepsBackups, "log.keeps-backups", "A file beside the log keeps all its backups.")       \
   ID(kLogLockInUse, "log.lock-in-use", "A living process holds the log's lock.")                  \
   ID(kLogLockStuck, "log.lock-stuck",                                                             \
-     "The log's lock is taken and no living process holds it: there is no log.")                  \
+     "The log's lock is taken and no living process holds it: a run waits without an end.")                  \
   ID(kClockOk, "clock.ok", "The clock shows a date that can be.")                                 \
   ID(kClockBehind, "clock.behind", "The clock shows a date before 2020.")                         \
   ID(kLibraryLoads, "library.loads", "The client library loads and has all its entry points.")    \

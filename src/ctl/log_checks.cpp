@@ -1,15 +1,12 @@
 #include "ctl/log_checks.h"
 
-#include <unistd.h>
-
-#include <cerrno>
-#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <initializer_list>
 #include <set>
 #include <vector>
 
+#include "ctl/held_log_lock.h"
 #include "ctl/remedy.h"
 #include "esd/log/updater_log.h"
 #include "esd/util/path.h"
@@ -63,6 +60,7 @@ Check LookAtLog(const Forecast::Log& log) {
     case Id::kLogDiskFull:
       return {Grade::kBad, id, why + " Make room there."};
     case Id::kLogLockDenied:
+    case Id::kLogLockStuck:
       return {Grade::kBad, id, why, RemoveLock(*log.path)};
     default:
       return {Grade::kBad, id, why};
@@ -156,36 +154,12 @@ void CheckNeighbour(Checks& checks, const std::string& log,
                         "another file in StartupLogFile."});
 }
 
-bool Lives(pid_t process) { return process > 0 && (kill(process, 0) == 0 || errno == EPERM); }
-
-// The set once nobody just writes a line, or as it is when that does not end.
-std::optional<LogFileLock::Look> LookAtQuietLock(const std::string& path) {
-  constexpr int kLooks = 100;
-  constexpr useconds_t kPause = 10'000;
-  std::optional<LogFileLock::Look> look;
-  for (int turn = 0; turn < kLooks; ++turn) {
-    if (turn != 0) usleep(kPause);
-    look = LogFileLock::LookAt(path);
-    // A set that nobody has used is made ready by the next run.
-    if (!look || look->is_free || look->attached == 0) return std::nullopt;
-  }
-  return look;
-}
-
 void CheckLock(Checks& checks, const std::string& path) {
-  const std::optional<LogFileLock::Look> look = LookAtQuietLock(path);
-  if (!look) return;
-  if (Lives(look->last)) {
-    checks.push_back({Grade::kNote, Id::kLogLockInUse,
-                      "Process " + std::to_string(look->last) + " holds the lock of " + path +
-                          ": others wait for it."});
-    return;
-  }
-  checks.push_back({Grade::kBad, Id::kLogLockStuck,
-                    "The lock of " + path +
-                        " is taken, and no living process holds it. Every run "
-                        "waits for it without an end.",
-                    RemoveLock(path)});
+  const std::optional<HeldLogLock> lock = FindHeldLogLock(path);
+  if (!lock || lock->is_stuck) return;
+  checks.push_back({Grade::kNote, Id::kLogLockInUse,
+                    "Process " + std::to_string(lock->process) + " holds the lock of " + path +
+                        ": others wait for it."});
 }
 
 }  // namespace

@@ -12,8 +12,8 @@ import subprocess
 import time
 import unittest
 
-from tree import (BUILD, LIBC, PIPES, SECONDS, SOURCE, WAKERLY, WAKERLYCTL, TreeTest, check_schema, prefs_text,
-                  side_by_side)
+from tree import (BUILD, LIBC, PIPES, SECONDS, SOURCE, WAKERLY, WAKERLYCTL, TreeTest, check_schema, leave_log_lock,
+                  prefs_text, side_by_side)
 
 TODAY = datetime.date.today()
 LAST_CHECK = {"LastDateCheck": f"{TODAY}T00:00:00"}
@@ -55,17 +55,6 @@ def semaphore(tree):
 def leave_lock(tree):
     LIBC.sem_open(f"/{semaphore(tree)}".encode(), os.O_CREAT | os.O_EXCL, 0o700, 1)
     os.utime(f"/dev/shm/sem.{semaphore(tree)}", (time.time() - 10,) * 2)
-
-
-def leave_log_lock(tree):
-    """As by a program that made the set, counted itself, and was killed."""
-    child = os.fork()
-    if child == 0:
-        log_set = LIBC.semget(LIBC.ftok(bytes(tree.write(tree.log)), 11), 2, 0o1666)
-        for semaphore_number, value in ((0, 1), (1, 0)):  # the count, and whether it is free
-            LIBC.semctl(log_set, semaphore_number, 16, value)  # SETVAL
-        os._exit(0)
-    os.waitpid(child, 0)
 
 
 # What is staged, the identifier, its status, and whether the remedy is a command that mends it here.

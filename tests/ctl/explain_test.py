@@ -18,8 +18,8 @@ import unittest
 import xml.etree.ElementTree
 from typing import Callable
 
-from tree import (IPC_CREAT, IPC_EXCL, LIBC, WAKERLY, WAKERLYCTL, Tree, TreeTest, log_key,
-                  prefs_text, side_by_side)
+from tree import (IPC_CREAT, IPC_EXCL, LIBC, WAKERLY, WAKERLYCTL, Tree, TreeTest, leave_log_lock,
+                  log_key, prefs_text, side_by_side)
 
 IS_ROOT = os.geteuid() == 0
 LIBC.sem_open.restype = ctypes.c_void_p
@@ -513,6 +513,12 @@ class ExplainTest(TreeTest):
             with self.subTest(row.name):
                 found = "\n".join(result())
                 self.assertFalse(found, "\n" + found)
+
+    def test_tells_a_lock_of_the_log_for_which_a_run_would_wait_without_an_end(self):
+        tree = self.tree()
+        leave_log_lock(tree)
+        log = tree.ctl_json("explain")["log"]
+        self.assertEqual((log["id"], log["writes"]), ("log.lock-stuck", False), log["why"])
 
     def test_a_check_is_due_from_the_day_that_it_names_on(self):
         tree = self.tree()
