@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <exception>
+#include <optional>
 #include <string>
 
 #include "driver/log_settings.h"
@@ -80,10 +81,12 @@ std::string DescribeFailure(const char* what) {
          ") nor, as this user's own, in the temporary folder (" + Shown(temporary) + ")";
 }
 
-// Why no line of the log could be written to the file `path`.
+// Why no line could be written to the log that `path` stands for.
 std::string DescribeLogFile(const std::string& path) {
-  return Shown(path) + " cannot be written: " +
-         FindLogObstacle(path).value_or(
+  const std::optional<std::string> file = esd::UpdaterLogFile(path);
+  if (!file) return "there is no folder for the log " + Shown(path);
+  return Shown(*file) + " cannot be written: " +
+         FindLogObstacle(*file).value_or(
              "not a line was taken; the disk may be full, or there may be no semaphore for it");
 }
 

@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "platform/console_user.h"
+#include "platform/file_type.h"
 #include "platform/folder_making.h"
 #include "platform/folders.h"
 #include "welko/effective_user.h"
@@ -15,7 +16,9 @@ namespace welko {
 namespace {
 
 bool MakePrivateFolder(const std::string& path) {
-  if (!platform::MakesFolders()) return platform::CouldMakeFolder(path);
+  if (!platform::MakesFolders()) {
+    return platform::IsFound(platform::TypeOfLink(path)) || platform::CouldMakeFolder(path);
+  }
   return mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
 }
 

@@ -203,6 +203,11 @@ def log_rows():
             change(tree, StartupLogFile=tree.top / path)
         yield Row(f"log {name}", ids, stage=put)
     yield Row("log without a folder", "", {"StartupLogFile": "my.log"})
+    for name, ids, stage in (
+            ("is a file", bad, lambda tree: tree.write(tree.home / "Library/Logs")),
+            ("cannot be made", "log.no-folder", lambda tree: deny_writing(tree.home / "Library"))):
+        yield Row(f"log without a folder, where that of the logs {name}", ids,
+                  {"StartupLogFile": "my.log"}, stage=stage, ordinary=True)
     yield Row("log in a folder that a run makes, of another spelling",
               stage=lambda tree: change(tree, StartupLogFile=f"{tree.home}//Library/./Logs/x.log"))
     yield Row("log whose folder is a file", bad + " check.never-run notifier.not-due", ABSENT,
