@@ -90,7 +90,7 @@ std::string Headline(const LogRun& run) {
   if (run.is_scheduled) says += *run.is_scheduled ? "scheduled, " : "logon, ";
   if (run.is_enabled) says += *run.is_enabled ? "enabled, " : "not enabled, ";
   if (run.is_due) says += *run.is_due ? "check due, " : "check not due, ";
-  says += run.calls_notifier ? "notifier called, " : "notifier not called, ";
+  says += run.calls_notifier ? "notifier reached, " : "notifier not reached, ";
   says += DescribeLibrary(run);
   return says + (*complete ? ", complete" : ", without an end: cut off, or not over yet");
 }
