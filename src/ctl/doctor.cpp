@@ -43,7 +43,7 @@ Check LookAtPrefsLock(LockedFile file, const std::string& path, bool is_held) {
   const auto runs = FindHolders(lock, FindRuns());
   finding += runs.empty() ? ", and no run lives that could hold it: it was left behind."
                           : ", perhaps by " + Describe(runs.front()) + ".";
-  return {Grade::kBad, Id::kLockHeld, finding, kClearLock};
+  return {Grade::kBad, Id::kLockHeld, finding, ClearingCommand(lock)};
 }
 
 void CheckPrefsFile(Checks& checks, LockedFile file, const PrefsView& view, bool is_locked) {
@@ -70,7 +70,11 @@ Check LookAtUpdater(const Forecast::Updater& updater) {
   if (id == Id::kUpdaterSuppressed) {
     return {Grade::kNote, id, why + " An administrator lifts it with Suppressed = 0."};
   }
-  if (id == Id::kUpdaterLocked) return {Grade::kBad, id, why, kClearLock};
+  if (id == Id::kUpdaterLocked) {
+    const std::optional<std::string> path = esd::GetAdminPrefsFile();
+    return {Grade::kBad, id, why,
+            ClearingCommand(LookAtLock(LockedFile::kAdministrator, path, true))};
+  }
   return {Grade::kBad, id, why};
 }
 

@@ -11,7 +11,6 @@
 #include "ctl/lock_clearing.h"
 #include "ctl/lock_look.h"
 #include "ctl/prefs_view.h"
-#include "ctl/remedy.h"
 #include "ctl/settings.h"
 #include "ctl/user_name.h"
 #include "ctl/user_settings.h"
@@ -115,7 +114,7 @@ void AddLock(Page& page, const LockLook& lock, const std::vector<platform::Proce
       FindHolders(lock, runs).empty()
           ? std::string("No run of wakerly lives that could hold it. Unless the updater runs, "
                         "remove it with: ") +
-                kClearLock
+                ClearingCommand(lock)
           : "A run of wakerly that lives may hold it.");
 }
 

@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "ctl/iso_time.h"
+#include "ctl/remedy.h"
 #include "ctl/user_name.h"
 #include "esd/prefs/resource_locker.h"
 
@@ -27,6 +28,13 @@ LockLook LookAtLock(LockedFile file, const std::optional<std::string>& path, boo
 std::string DescribeOrigin(const LockLook& lock) {
   if (!lock.origin) return "";
   return "since " + ToIsoTime(lock.origin->seconds) + ", made by " + UserName(lock.origin->uid);
+}
+
+std::string ClearingCommand(const LockLook& lock) {
+  const bool is_others = lock.origin && lock.origin->uid != geteuid();
+  // With this user's home folder, root would look as this user.
+  const bool takes_root = is_others && lock.file == LockedFile::kAdministrator && geteuid() != 0;
+  return (takes_root ? "sudo -H " : "") + std::string(kClearLock);
 }
 
 std::vector<Process> FindRuns() { return platform::FindProcesses("wakerly"); }

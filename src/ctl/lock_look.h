@@ -32,6 +32,10 @@ LockLook LookAtLock(LockedFile file, const std::optional<std::string>& path, boo
 /// "since 2026-11-22T09:30:00+01:00, made by ann", as far as the system tells; else empty.
 std::string DescribeOrigin(const LockLook& lock);
 
+/// The command that removes `lock` where it was left behind: root's own for an administrator's that
+/// another user made.
+std::string ClearingCommand(const LockLook& lock);
+
 /// The living runs of wakerly.
 std::vector<platform::Process> FindRuns();
 

@@ -130,6 +130,9 @@ class ClearTest(LockTest):
                               env=machine.environment, timeout=SECONDS, **PIPES)
         self.assertEqual(said.returncode, 2, said)
         self.assertRegex(said.stderr, "^wakerlyctl: The system refuses .*, made by root.*\n$")
+        remedies = {check["remedy"] for check in machine.ctl_json("doctor")["checks"]
+                    if check["id"] in ("lock.held", "updater.preferences-locked")}
+        self.assertEqual(remedies, {"sudo -H wakerlyctl lock --clear"})
 
 
 class AskTest(LockTest):
