@@ -138,11 +138,7 @@ class MacCheck(packaging_test.ScriptTest):
                 else:
                     self.stand_in(tool, OWN.get(tool, ""))
 
-    def test_takes_everything_back_when_it_is_ended(self):
-        waits = self.scratch / "waits"
-        never_ends = f"[[ $1 == print && -f $TMPDIR/${{2##*/}} ]] && {{ echo >{waits}; exit 113; }}\n"
-        self.stand_in("launchctl", never_ends + LAUNCHCTL)
-        self.stand_in("sleep", "/bin/sleep 1; exit")
+    def end_once_it_waits(self, waits):
         run = subprocess.Popen([SOURCE / "tools/mac-check", "--install", self.build],
                                stdout=subprocess.DEVNULL, env={
             "PATH": str(self.scratch / "bin"), "TMPDIR": str(self.scratch / "tmp"), "WAKERLY_ROOT": str(self.root),
@@ -153,6 +149,21 @@ class MacCheck(packaging_test.ScriptTest):
         run.send_signal(signal.SIGTERM)
         self.assertEqual(run.wait(60), 143)
         self.assert_nothing_left()
+
+    def test_takes_everything_back_when_it_is_ended(self):
+        waits = self.scratch / "waits"
+        never_ends = f"[[ $1 == print && -f $TMPDIR/${{2##*/}} ]] && {{ echo >{waits}; exit 113; }}\n"
+        self.stand_in("launchctl", never_ends + LAUNCHCTL)
+        self.stand_in("sleep", "/bin/sleep 1; exit")
+        self.end_once_it_waits(waits)
+
+    def test_ends_the_run_that_it_waits_for_before_it_takes_everything_back(self):
+        waits = self.scratch / "waits"
+        (self.build / "wakerly").write_text(f"#!/bin/bash\necho $$ >{waits}.new\nmv {waits}.new {waits}\n"
+                                            "exec /bin/sleep 60\n")
+        self.end_once_it_waits(waits)
+        with self.assertRaises(ProcessLookupError, msg="the run goes on"):
+            os.kill(int(waits.read_text()), 0)
 
     def test_runs_nothing_where_its_home_folder_is_not_heeded(self):
         (self.build / "wakerlyctl").write_text("#!/bin/bash\necho 'log  goes to /Users/ann/orlanul.log, at level 2'\n")
