@@ -45,6 +45,7 @@ case $1 in
   print) [[ $2 == */*/* ]] || exit 0; [[ -f $agent ]] || exit 113
          echo "last exit code = $(cat "$agent.code" 2>/dev/null || echo '(never exited)')" ;;
   bootout) [[ -f $agent ]] || exit 3; rm -f "$agent" "$agent.code" ;;
+  unsetenv) exit 1 ;;  # and the rest is taken back all the same
 esac
 exit"""
 OWN = {"launchctl": LAUNCHCTL, "sudo": '"$@"; exit'}
