@@ -9,6 +9,7 @@
 #include "ctl/held_log_lock.h"
 #include "ctl/remedy.h"
 #include "esd/log/updater_log.h"
+#include "esd/prefs/updater_folders.h"
 #include "esd/util/path.h"
 #include "platform/file_type.h"
 #include "welko/library_logs.h"
@@ -30,10 +31,18 @@ std::string RemoveLock(const std::string& path) {
   return Sudo() + "ipcrm -S " + key;
 }
 
+bool IsInUpdaterFolder(const std::string& path) {
+  std::string folder;
+  return esd::GetUpdaterPrefsFolder(folder) && esd::GetParentFolder(path) == folder;
+}
+
 std::optional<std::string> MakeWritable(const std::string& path) {
   if (!IsInHome(path)) return std::nullopt;
   const FileType type = platform::TypeOf(path);
-  if (type == FileType::kFolder || type == FileType::kOther) return SetAside(path);
+  if (type == FileType::kFolder || type == FileType::kOther) {
+    // Elsewhere it is perhaps what others need, such as the home folder.
+    return IsInUpdaterFolder(path) ? std::optional(SetAside(path)) : std::nullopt;
+  }
   if (type == FileType::kRegular) return GiveToUser(path, "rw");
   const std::string folder = esd::GetParentFolder(path);
   if (folder.empty()) return std::nullopt;

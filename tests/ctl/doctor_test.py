@@ -227,6 +227,7 @@ class DoctorTest(TreeTest):
         rows = (  # what is staged, the identifier
             (prefs(StartupLogFile="/etc/shadow"), "log.unwritable"),
             (prefs(StartupLogFile="/etc"), "log.unwritable"),
+            (lambda t: prefs(StartupLogFile=t.home)(t), "log.unwritable"),
             (lambda t: prefs(StartupLogFile=t.home / "none/../../../../../../etc/none/x.log")(t), "log.unwritable"),
             (link(folder + "/VantreUpdaterPrefs.dat", "/etc/shadow"), "preferences.unreadable"),
             (link(folder, "/etc"), "folder.unwritable"),
