@@ -47,7 +47,8 @@ bool IsMadeByRun(const std::string& folder) {
 
 std::optional<std::string> FindObstacle(const std::string& path) {
   const std::string folder = esd::GetParentFolder(path);
-  if (!platform::IsFound(platform::TypeOf(folder)) && IsMadeByRun(folder)) return std::nullopt;
+  const bool is_missing = platform::TypeOfLink(folder) == platform::FileType::kNone;
+  if (is_missing && IsMadeByRun(folder)) return std::nullopt;
   return wakerly::FindLogObstacle(path);
 }
 

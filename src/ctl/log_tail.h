@@ -22,7 +22,8 @@ struct LogTail {
 };
 
 /// Reads the log `path` and its backups backwards until `runs` runs are whole, or all is read, but
-/// 64 MiB at most. Nothing, with errno telling why, when the log itself cannot be read.
+/// 64 MiB at most. Nothing, with errno telling why, when the log cannot be read, or is missing and
+/// has no backup.
 std::optional<LogTail> ReadLogTail(const std::string& path, std::size_t runs);
 
 /// Has `splitter` take the whole rows of `text`, and gives what stands behind the last line end.

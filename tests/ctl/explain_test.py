@@ -208,6 +208,9 @@ def log_rows():
             ("cannot be made", "log.no-folder", lambda tree: deny_writing(tree.home / "Library"))):
         yield Row(f"log without a folder, where that of the logs {name}", ids,
                   {"StartupLogFile": "my.log"}, stage=stage, ordinary=True)
+    yield Row("log in a folder in whose place a link to nothing stands", bad,
+              stage=lambda tree: (link(tree.home / "Library/Logs"),
+                                  change(tree, StartupLogFile=tree.home / "Library/Logs/x.log")))
     yield Row("log in a folder that a run makes, of another spelling",
               stage=lambda tree: change(tree, StartupLogFile=f"{tree.home}//Library/./Logs/x.log"))
     yield Row("log whose folder is a file", bad + " check.never-run notifier.not-due", ABSENT,
