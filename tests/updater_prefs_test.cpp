@@ -86,6 +86,7 @@ TEST_F(UpdaterPrefs, AreWipedWhenTheUninstallStampDiffers) {
   const std::tuple<const char*, const char*, bool, Entries> rows[] = {
       {"the same stamp", "one", false, kept},
       {"a stamp without a word", " \n", false, kept},
+      {"a stamp that XML cannot hold", "two\xFF", false, kept},
       {"another stamp while another process holds the lock", "two", true, kept},
       {"the first word of another stamp", "\n two words\n", false, {{"uninstallts", "two"}}}};
   for (const auto& [name, stamp, is_locked, after] : rows) {

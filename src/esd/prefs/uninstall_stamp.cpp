@@ -5,8 +5,24 @@
 #include <istream>
 
 #include "esd/util/file_stream.h"
+#include "esd/xml/expat_dom_builder.h"
+#include "esd/xml/xml_document_node.h"
+#include "esd/xml/xml_writer.h"
 
 namespace esd {
+namespace {
+
+// Control characters and bytes that are no UTF-8 would make the new preferences malformed. Then
+// each run would miss the stamp in them, and empty them once more.
+bool CanBeSaved(const std::string& stamp) {
+  XMLDocumentNode node("stamp");
+  node.SetData(stamp);
+  ExpatDOMBuilder<XMLDocumentNode> builder;
+  return builder.Create(nullptr, nullptr) && builder.ParseText(ToXMLText(node, 0)) &&
+         builder.GetRoot()->children().front()->GetData() == stamp;
+}
+
+}  // namespace
 
 std::optional<std::string> ReadUninstallStamp(const std::string& path) {
   constexpr std::size_t kStampLimit = 4096;
@@ -20,7 +36,9 @@ std::optional<std::string> ReadUninstallStamp(const std::string& path) {
   const std::size_t begin = start.find_first_not_of(kBlanks);
   const std::size_t end = std::min(start.find_first_of(kBlanks, begin), start.size());
   if (begin == std::string::npos || end > kStampLimit) return std::nullopt;
-  return start.substr(begin, end - begin);
+  std::string stamp = start.substr(begin, end - begin);
+  if (!CanBeSaved(stamp)) return std::nullopt;
+  return stamp;
 }
 
 }  // namespace esd

@@ -8,7 +8,8 @@
 namespace esd {
 
 /// The stamp in the file `path`: its first word. Nothing when there is no such file, or no word
-/// that ends within 4096 bytes: half a word would be no stamp, and must not cost the preferences.
+/// that ends within 4096 bytes (half a word would be no stamp, and must not cost the preferences),
+/// or one that XML cannot hold.
 std::optional<std::string> ReadUninstallStamp(const std::string& path);
 
 /// Whether preferences that know the stamp `known` were written before the uninstallation that left
