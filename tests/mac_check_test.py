@@ -155,7 +155,7 @@ class MacCheck(packaging_test.ScriptTest):
         waits = self.scratch / "waits"
         never_ends = f"[[ $1 == print && -f $TMPDIR/${{2##*/}} ]] && {{ echo >{waits}; exit 113; }}\n"
         self.stand_in("launchctl", never_ends + LAUNCHCTL)
-        self.stand_in("sleep", "/bin/sleep 1; exit")
+        self.stand_in("sleep", "exec /bin/sleep 1")
         self.end_once_it_waits(waits)
 
     def test_ends_the_run_that_it_waits_for_before_it_takes_everything_back(self):
