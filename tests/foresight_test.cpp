@@ -18,12 +18,18 @@ using Foresight = TreeTest;
 
 class FolderForesight : public TreeTest {
  protected:
-  // Folders and what bars the way to others, anew.
-  void Stage() const {
+  ~FolderForesight() override { Open(); }
+
+  // Else an ordinary user could not remove what is in them.
+  void Open() const {
     for (const char* name : {"unsearchable", "closed"}) {
       std::error_code ignored;
       fs::permissions(work / name, fs::perms(0700), ignored);
     }
+  }
+  // Folders and what bars the way to others, anew.
+  void Stage() const {
+    Open();
     fs::remove_all(work);
     for (const char* name : {"made", "closed/made", "unsearchable/made", "sticky"}) {
       fs::create_directories(work / name);
@@ -67,8 +73,6 @@ TEST_F(FolderForesight, TellsWhatCanBeMade) {
     }
   }
   ExpectForesight("", false);
-  Stage();
-  fs::permissions(work / "unsearchable", fs::perms(0700));
 }
 
 TEST_F(Foresight, TellsWhatMachineCodeIsFor) {

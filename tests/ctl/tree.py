@@ -151,7 +151,10 @@ class Tree:
     def state(self):
         """All that could change below the tree, by path."""
         def look(path):
-            status = path.lstat()
+            try:
+                status = path.lstat()
+            except PermissionError:
+                return None  # in a closed folder
             is_readable = stat.S_ISREG(status.st_mode) and os.access(path, os.R_OK)
             content = path.read_bytes() if is_readable else None
             return (status.st_mode, status.st_uid, status.st_gid, status.st_size,
