@@ -1,8 +1,6 @@
 """wakerlyctl doctor: on a machine that is in order it finds nothing; each fault it names, and mends with its remedy."""
 
-import base64
 import datetime
-import hashlib
 import json
 import os
 import pathlib
@@ -12,8 +10,8 @@ import subprocess
 import time
 import unittest
 
-from tree import (BUILD, LIBC, PIPES, SECONDS, SOURCE, WAKERLY, WAKERLYCTL, TreeTest, check_schema, leave_log_lock,
-                  prefs_text, side_by_side)
+from tree import (BUILD, PIPES, SECONDS, SOURCE, WAKERLY, WAKERLYCTL, TreeTest, check_schema, leave_lock,
+                  leave_log_lock, prefs_text, side_by_side)
 
 TODAY = datetime.date.today()
 LAST_CHECK = {"LastDateCheck": f"{TODAY}T00:00:00"}
@@ -48,15 +46,6 @@ def patch_processor(tree):
         file.write(b"\x08\x00")  # MIPS
 
 
-def semaphore(tree):
-    return base64.b64encode(hashlib.md5(bytes(tree.prefs)).digest()).decode().replace("/", "_")
-
-
-def leave_lock(tree):
-    LIBC.sem_open(f"/{semaphore(tree)}".encode(), os.O_CREAT | os.O_EXCL, 0o700, 1)
-    os.utime(f"/dev/shm/sem.{semaphore(tree)}", (time.time() - 10,) * 2)
-
-
 # What is staged, the identifier, its status, and whether the remedy is a command that mends it here.
 FAULTS = (
     ("no preferences", lambda t: t.prefs.unlink(), "preferences.missing", "note", False),
@@ -84,7 +73,7 @@ FAULTS = (
     ("a file in the place of the last folder", lambda t: (shutil.rmtree(t.folder), t.write(t.folder)),
      "folder.unwritable", "problem", True),
     ("a missing home", lambda t: shutil.rmtree(t.home), "home.missing", "problem", False),
-    ("a lock left behind", leave_lock, "lock.held", "problem", True),
+    ("a lock left behind", lambda t: leave_lock(t.prefs, 10), "lock.held", "problem", True),
     ("an administrator's malformed file", lambda t: t.write(t.admin_prefs, "<"),
      "administrator-preferences.malformed", "problem", True),
     ("an administrator's unknown key", lambda t: t.write(t.admin_prefs, {"suppressed": "1"}),
@@ -151,7 +140,6 @@ FAULTS_FOR_ORDINARY_USERS = (
 class DoctorTest(TreeTest):
     def healthy_tree(self):
         tree = self.tree()
-        self.addCleanup(LIBC.sem_unlink, f"/{semaphore(tree)}".encode())
         tree.install(tree.notifier, tree.library)
         tree.write(tree.prefs, LAST_CHECK)
         product = tree.support / "Vantre/OrlanUpdater/1.0"

@@ -1,11 +1,7 @@
 """explain foretells: what it says of a run, beside what wakerly then does on the same tree."""
 
-import base64
-import contextlib
-import ctypes
 import dataclasses
 import datetime
-import hashlib
 import itertools
 import json
 import os
@@ -18,11 +14,10 @@ import unittest
 import xml.etree.ElementTree
 from typing import Callable
 
-from tree import (IPC_CREAT, IPC_EXCL, LIBC, WAKERLY, WAKERLYCTL, Tree, TreeTest, leave_log_lock,
-                  log_key, prefs_text, side_by_side)
+from tree import (IPC_CREAT, IPC_EXCL, LIBC, WAKERLY, WAKERLYCTL, Tree, TreeTest, leave_lock,
+                  leave_log_lock, lock_file, log_key, prefs_text, side_by_side)
 
 IS_ROOT = os.geteuid() == 0
-LIBC.sem_open.restype = ctypes.c_void_p
 BANNER = b">>> Vantre Updater Log Begin >>>"
 KEEPSAKE = b"keepsake"  # in every preference file: gone when a run removed the file
 ABSENT = object()
@@ -113,20 +108,6 @@ def due_rows():
                   {"LastDateCheck": last, "UpdaterPrefSchedCheckFreq": frequency}, today=today)
 
 
-def semaphore(path):
-    """The name of a preference file's lock."""
-    digest = hashlib.md5(bytes(path)).digest()
-    return "/" + base64.b64encode(digest).decode().replace("/", "_")
-
-
-def leave_locked(tree, path):
-    name = semaphore(path).encode()
-    tree.at_end.callback(LIBC.sem_unlink, name)
-    made = LIBC.sem_open(name, os.O_CREAT | os.O_EXCL, 0o700, 1)
-    assert made, name
-    LIBC.sem_close(ctypes.c_void_p(made))
-
-
 def admin_rows():
     for name, admin, found in (("suppressed", {"Suppressed": 1}, "suppressed"),
                                ("not suppressed", {"Suppressed": 0}, "enabled"),
@@ -137,7 +118,7 @@ def admin_rows():
                                 "enabled")):
         yield Row(f"administrator's file: {name}", f"updater.{found}", admin=admin)
     yield Row("administrator's file locked", "updater.preferences-locked",
-              stage=lambda tree: leave_locked(tree, tree.admin_prefs))
+              stage=lambda tree: leave_lock(tree.admin_prefs))
 
 
 def make_denied(tree):
@@ -221,9 +202,9 @@ def log_rows():
               stage=lambda tree: deny_writing(tree.write(tree.log)))
     locked = "log.preferences-locked check.preferences-locked notifier.not-due"
     yield Row("preferences locked", locked, {"LogLevel": 3},
-              stage=lambda tree: leave_locked(tree, tree.prefs))
+              stage=lambda tree: leave_lock(tree.prefs))
     yield Row("preferences locked, scheduled", "log.preferences-locked check.not-asked",
-              stage=lambda tree: leave_locked(tree, tree.prefs), scheduled=True)
+              stage=lambda tree: leave_lock(tree.prefs), scheduled=True)
     if IS_ROOT:
         yield Row("log's lock denied", "log.lock-denied", ordinary=True, stage=make_denied)
     if IS_ROOT and can_mount():
@@ -302,7 +283,7 @@ def file_rows():
     yield Row("stamp new, file malformed", never_run, whole + "<", stage=stamp("new"))
     yield Row("stamp new, file locked",
               "log.preferences-locked check.preferences-locked notifier.not-due", known,
-              stage=stamp("new", lambda tree: leave_locked(tree, tree.prefs)))
+              stage=stamp("new", lambda tree: leave_lock(tree.prefs)))
     yield Row("stamp new, file read-only", "", known, ordinary=True,
               stage=stamp("new", lambda tree: deny_writing(tree.prefs)))
     yield Row("stamp new, folder read-only", "log.unwritable", known, ordinary=True,
@@ -385,10 +366,10 @@ def logs_of(tree):
 
 def locks_of(tree):
     """The semaphores of the preference files, and the logs that have a set of semaphores."""
-    names = [semaphore(path)[1:] for path in (tree.prefs, tree.admin_prefs)]
+    files = [lock_file(path) for path in (tree.prefs, tree.admin_prefs)]
     keys = {line.split()[0] for line in pathlib.Path("/proc/sysvipc/sem").read_text().splitlines()}
     logs = [str(path) for path in logs_of(tree) if str(log_key(path)) in keys]
-    return [name for name in names if pathlib.Path("/dev/shm/sem." + name).exists()] + logs
+    return [file.name for file in files if file.exists()] + logs
 
 
 class Before:
@@ -494,8 +475,7 @@ def differences(row):
     """What explain says of the row, does and should not, or what the run does otherwise."""
     mode = {True: ["-mode=scheduled"], False: []}[row.scheduled]
     tree = Tree()
-    with contextlib.ExitStack() as tree.at_end:
-        tree.at_end.callback(tree.remove)
+    try:
         stage(row, tree)
         before, state, locks = Before(tree), tree.state(), locks_of(tree)
         said = tree.ctl_json("explain", *(["--scheduled"] if row.scheduled else []))
@@ -510,6 +490,8 @@ def differences(row):
         told = said_of(said)
         return found + [f"{name}: explain said {told[name]!r}, the run made it {value!r}"
                         for name, value in done.items() if told[name] != value]
+    finally:
+        tree.remove()
 
 
 class ExplainTest(TreeTest):

@@ -1,12 +1,8 @@
 """wakerlyctl lock: tells which locks stand, and removes those alone that were left behind."""
 
-import base64
 import contextlib
-import ctypes
-import hashlib
 import json
 import os
-import pathlib
 import select
 import shutil
 import subprocess
@@ -14,10 +10,9 @@ import sys
 import time
 import unittest
 
-from tree import (LIBC, ORDINARY, PIPES, SECONDS, WAKERLY, WAKERLYCTL, Tree, TreeTest, check_schema, log_key,
-                  side_by_side)
+from tree import (LIBC, ORDINARY, PIPES, SECONDS, WAKERLY, WAKERLYCTL, Tree, TreeTest, check_schema, leave_lock,
+                  lock_file, log_key, semaphore, side_by_side)
 
-LIBC.sem_open.restype = ctypes.c_void_p
 OLD = 10  # seconds: older than any lock of a living run
 USER, ADMINISTRATOR = "preferences", "administrator-preferences"
 # Some program under the name of wakerly: it opens the semaphore that it is given, and waits.
@@ -27,18 +22,17 @@ RUN = "import ctypes, sys; ctypes.CDLL(None).sem_open(sys.argv[1].encode(), 0); 
 class Machine(Tree):
     """A tree with the locks of its preference files."""
 
+    def prefs_of(self, file):
+        return {USER: self.prefs, ADMINISTRATOR: self.admin_prefs}[file]
+
     def semaphore(self, file):
-        path = {USER: self.prefs, ADMINISTRATOR: self.admin_prefs}[file]
-        return "/" + base64.b64encode(hashlib.md5(bytes(path)).digest()).decode().replace("/", "_")
+        return semaphore(self.prefs_of(file))
 
     def shared_memory(self, file):
-        return pathlib.Path("/dev/shm/sem." + self.semaphore(file)[1:])
+        return lock_file(self.prefs_of(file))
 
     def leave_lock(self, file, age):
-        """As by a process that made it `age` seconds ago, and was killed."""
-        made = LIBC.sem_open(self.semaphore(file).encode(), os.O_CREAT | os.O_EXCL, 0o700, 1)
-        LIBC.sem_close(ctypes.c_void_p(made))
-        os.utime(self.shared_memory(file), (time.time() - age,) * 2)
+        leave_lock(self.prefs_of(file), age)
 
     def is_locked(self, file=USER):
         return self.shared_memory(file).exists()
@@ -80,11 +74,6 @@ class Machine(Tree):
         os.close(terminal)
         assert b"[y/N]" in said, f"no question: {said}"
         return clearing.returncode, self.is_locked()
-
-    def remove(self):
-        for file in (USER, ADMINISTRATOR):
-            self.shared_memory(file).unlink(missing_ok=True)
-        super().remove()
 
 
 class LockTest(TreeTest):

@@ -1,8 +1,10 @@
 """A machine's folder tree with a home folder, and the two programs run on it."""
 
+import base64
 import concurrent.futures
 import ctypes
 import datetime
+import hashlib
 import json
 import os
 import pathlib
@@ -22,6 +24,7 @@ WAKERLY = BUILD / "wakerly"
 WAKERLYCTL = BUILD / "wakerlyctl"
 SECONDS = 60  # that a program gets
 LIBC = ctypes.CDLL(None, use_errno=True)
+LIBC.sem_open.restype = ctypes.c_void_p
 IPC_CREAT, IPC_EXCL, IPC_RMID = 0o1000, 0o2000, 0  # <sys/ipc.h>
 PIPES = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
 ORDINARY = 65534  # the user and group called nobody
@@ -162,7 +165,9 @@ class Tree:
         return {str(path): look(path) for path in [self.top, *self.top.rglob("*")]}
 
     def remove(self):
-        """With the semaphore sets of the logs, which a run leaves."""
+        """With the locks of the preference files, and the semaphore sets of the logs, which a run leaves."""
+        for prefs in (self.prefs, self.admin_prefs):
+            lock_file(prefs).unlink(missing_ok=True)
         for log in self.top.rglob("*.log"):
             left = LIBC.semget(log_key(log), 0, 0)
             if left != -1:
@@ -171,6 +176,24 @@ class Tree:
             if folder.is_dir() and not folder.is_symlink():
                 folder.chmod(0o700)
         shutil.rmtree(self.top)
+
+
+def semaphore(prefs):
+    """The name of the preference file's lock."""
+    return "/" + base64.b64encode(hashlib.md5(bytes(prefs)).digest()).decode().replace("/", "_")
+
+
+def lock_file(prefs):
+    """What the system shows of that lock."""
+    return pathlib.Path("/dev/shm/sem." + semaphore(prefs)[1:])
+
+
+def leave_lock(prefs, age=0):
+    """As by a process that made that lock `age` seconds ago, and was killed."""
+    made = LIBC.sem_open(semaphore(prefs).encode(), os.O_CREAT | os.O_EXCL, 0o700, 1)
+    assert made, prefs
+    LIBC.sem_close(ctypes.c_void_p(made))
+    os.utime(lock_file(prefs), (time.time() - age,) * 2)
 
 
 def leave_log_lock(tree):
