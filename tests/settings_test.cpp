@@ -1,7 +1,7 @@
 // Where each value that a run finds comes from, what is shown of it, and what a save makes of it.
 #include "ctl/settings.h"
 
-#include "ctl/save_effect.h"
+#include "esd/xml/save_effect.h"
 #include "tests/test_support.h"
 #include "welko/log_line.h"
 #include "welko/log_redaction.h"
@@ -117,7 +117,7 @@ TEST(ShownValue, OfAMapHidesWhatEitherKeyHides) {
 }
 
 TEST(SaveEffect, IsWhatComesBackFromTheWriter) {
-  using ctl::SaveEffect;
+  using esd::SaveEffect;
   const std::tuple<SaveEffect, const char*> rows[] = {
       {SaveEffect::kNone, "<a>x&amp;&lt;&gt;&quot;&apos;]]&gt;\t\n </a>"},
       {SaveEffect::kNone, "<a k='v' b='&gt;'>\n  <b>1</b><b/>\n</a>"},
@@ -134,8 +134,8 @@ TEST(SaveEffect, IsWhatComesBackFromTheWriter) {
   for (const auto& [effect, text] : rows) {
     esd::ExpatDOMBuilder<esd::XMLDocumentNode> builder;
     ASSERT_TRUE(builder.Create(nullptr, nullptr) && builder.ParseText(text)) << text;
-    EXPECT_EQ(ctl::EffectOfSave(*builder.GetRoot()), effect) << "the document " << text;
-    EXPECT_EQ(ctl::EffectOfSave(*builder.GetRoot()->children().front()), effect) << text;
+    EXPECT_EQ(esd::EffectOfSave(*builder.GetRoot()), effect) << "the document " << text;
+    EXPECT_EQ(esd::EffectOfSave(*builder.GetRoot()->children().front()), effect) << text;
   }
 }
 

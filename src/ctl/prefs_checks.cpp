@@ -15,9 +15,9 @@
 #include "ctl/prefs_list.h"
 #include "ctl/prefs_schema.h"
 #include "ctl/remedy.h"
-#include "ctl/save_effect.h"
 #include "ctl/settings.h"
 #include "esd/prefs/updater_prefs.h"
+#include "esd/xml/save_effect.h"
 
 namespace ctl {
 namespace {
@@ -156,23 +156,23 @@ void Examination::AddBadValue(const ListedPref& pref) {
 }
 
 void Examination::CheckSave() {
-  const SaveEffect effect = EffectOfSave(*view_.document());
-  if (effect == SaveEffect::kNone) return;
+  const esd::SaveEffect effect = esd::EffectOfSave(*view_.document());
+  if (effect == esd::SaveEffect::kNone) return;
   Names breaking;
   Names changing;
   for (const auto& entry : view_.root()->children()) {
-    const SaveEffect of_entry = EffectOfSave(*entry);
-    if (of_entry == SaveEffect::kBreaks) breaking.push_back(entry->GetName());
-    if (of_entry == SaveEffect::kChanges) changing.push_back(entry->GetName());
+    const esd::SaveEffect of_entry = esd::EffectOfSave(*entry);
+    if (of_entry == esd::SaveEffect::kBreaks) breaking.push_back(entry->GetName());
+    if (of_entry == esd::SaveEffect::kChanges) changing.push_back(entry->GetName());
   }
-  if (effect == SaveEffect::kBreaks) {
+  if (effect == esd::SaveEffect::kBreaks) {
     Add(Grade::kBad, Id::kPreferencesBreaksOnSave,
         "The next save makes " + *view_.path() +
             " malformed, for a quote, \"<\" or \"&\" in a map's key or another attribute of: " +
             List(breaking.empty() ? Names{view_.root()->GetName()} : breaking) +
             ". Take it out, or the whole entry.");
   }
-  if (effect == SaveEffect::kChanges || !changing.empty()) {
+  if (effect == esd::SaveEffect::kChanges || !changing.empty()) {
     Add(Grade::kBad, Id::kPreferencesChangesOnSave,
         "The next save of " + *view_.path() + " changes the text of: " +
             List(changing.empty() ? Names{view_.root()->GetName()} : changing) +

@@ -5,9 +5,8 @@
 #include <istream>
 
 #include "esd/util/file_stream.h"
-#include "esd/xml/expat_dom_builder.h"
+#include "esd/xml/save_effect.h"
 #include "esd/xml/xml_document_node.h"
-#include "esd/xml/xml_writer.h"
 
 namespace esd {
 namespace {
@@ -17,9 +16,7 @@ namespace {
 bool CanBeSaved(const std::string& stamp) {
   XMLDocumentNode node("stamp");
   node.SetData(stamp);
-  ExpatDOMBuilder<XMLDocumentNode> builder;
-  return builder.Create(nullptr, nullptr) && builder.ParseText(ToXMLText(node, 0)) &&
-         builder.GetRoot()->children().front()->GetData() == stamp;
+  return EffectOfSave(node) == SaveEffect::kNone;
 }
 
 }  // namespace

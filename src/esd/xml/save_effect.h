@@ -1,11 +1,11 @@
 // What a save would make of an element: the writer does not escape everything that the parser
 // reads.
-#ifndef CTL_SAVE_EFFECT_H_
-#define CTL_SAVE_EFFECT_H_
+#ifndef ESD_XML_SAVE_EFFECT_H_
+#define ESD_XML_SAVE_EFFECT_H_
 
 #include "esd/xml/xml_document_node.h"
 
-namespace ctl {
+namespace esd {
 
 /// What comes back when an element is written and read again.
 enum class SaveEffect {
@@ -17,6 +17,6 @@ enum class SaveEffect {
 /// The effect on `node` and its subtree. Blanks around child elements do not count.
 SaveEffect EffectOfSave(const esd::XMLDocumentNode& node);
 
-}  // namespace ctl
+}  // namespace esd
 
-#endif  // CTL_SAVE_EFFECT_H_
+#endif  // ESD_XML_SAVE_EFFECT_H_

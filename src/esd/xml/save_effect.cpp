@@ -1,4 +1,4 @@
-#include "ctl/save_effect.h"
+#include "esd/xml/save_effect.h"
 
 #include <cstddef>
 #include <new>
@@ -9,10 +9,8 @@
 #include "esd/xml/expat_dom_builder.h"
 #include "esd/xml/xml_writer.h"
 
-namespace ctl {
+namespace esd {
 namespace {
-
-using esd::XMLDocumentNode;
 
 // An element's own text. What stands before its children is layout, where it is blank.
 std::string TextOf(const XMLDocumentNode& node) {
@@ -43,9 +41,9 @@ bool IsSame(const XMLDocumentNode& one, const XMLDocumentNode& other) {
 }  // namespace
 
 SaveEffect EffectOfSave(const XMLDocumentNode& node) {
-  esd::ExpatDOMBuilder<XMLDocumentNode> builder;
+  ExpatDOMBuilder<XMLDocumentNode> builder;
   if (!builder.Create(nullptr, nullptr)) throw std::bad_alloc();
-  if (!builder.ParseText(esd::ToXMLText(node, 0))) {
+  if (!builder.ParseText(ToXMLText(node, 0))) {
     if (!builder.is_malformed()) throw std::bad_alloc();
     return SaveEffect::kBreaks;
   }
@@ -54,4 +52,4 @@ SaveEffect EffectOfSave(const XMLDocumentNode& node) {
   return is_same ? SaveEffect::kNone : SaveEffect::kChanges;
 }
 
-}  // namespace ctl
+}  // namespace esd
