@@ -26,15 +26,15 @@ LogChoice ChooseLog(const std::string& stored_path, int stored_level) {
 
 std::optional<std::string> FindLogObstacle(const std::string& path) {
   // A link that leads nowhere names the file that would have to be made.
-  const std::optional<std::string> file = platform::FollowLinks(path);
-  if (!file) return std::strerror(ELOOP);
-  const platform::FileType type = platform::TypeOf(*file);
+  const std::optional<platform::LinkEnd> end = platform::FollowLinks(path);
+  if (!end) return std::strerror(ELOOP);
+  const auto& [file, type] = *end;
   if (type == platform::FileType::kUnknown) return std::strerror(errno);
   if (type == platform::FileType::kFolder) return std::strerror(EISDIR);
   if (type == platform::FileType::kOther) return "it is not a file";
   // With "." at its end, the path of what is no folder leads nowhere.
   const std::string written =
-      platform::IsFound(type) ? *file : file->substr(0, file->rfind('/') + 1) + ".";
+      platform::IsFound(type) ? file : file.substr(0, file.rfind('/') + 1) + ".";
   if (faccessat(AT_FDCWD, written.c_str(), W_OK, AT_EACCESS) == 0) return std::nullopt;
   return std::strerror(errno);
 }

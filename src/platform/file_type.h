@@ -24,9 +24,13 @@ FileType TypeOf(const std::string& path);
 /// As TypeOf, but a link at the end of `path` is itself the answer.
 FileType TypeOfLink(const std::string& path);
 
-/// The path at which the chain of links ends that begins at `path`: that of no link, and perhaps of
-/// nothing. None where the chain has no end.
-std::optional<std::string> FollowLinks(std::string path);
+/// The end of a chain of links.
+struct LinkEnd {
+  std::string path;
+  FileType type;  ///< of no link, perhaps of nothing; errno tells why it is kUnknown
+};
+/// Where the chain of links ends that begins at `path`; nothing where it has no end.
+std::optional<LinkEnd> FollowLinks(std::string path);
 
 /// Whether `type` is that of something that was found: neither kNone nor kUnknown.
 constexpr bool IsFound(FileType type) {

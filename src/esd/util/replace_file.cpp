@@ -196,10 +196,9 @@ std::optional<FileStamp> WriteNew(const std::string& path, std::string_view byte
 
 std::optional<FileStamp> ReplaceFile(const std::string& given_path, std::string_view bytes,
                                      std::uint64_t later_than) {
-  const std::optional<std::string> found = platform::FollowLinks(given_path);
-  if (!found) return std::nullopt;
-  const std::string& path = *found;
-  const FileType type = platform::TypeOfLink(path);
+  const std::optional<platform::LinkEnd> end = platform::FollowLinks(given_path);
+  if (!end) return std::nullopt;
+  const auto& [path, type] = *end;
   if (type != FileType::kRegular && type != FileType::kNone) return std::nullopt;
   // Opened first and left as it is, so that a file that may not be written stays in its place.
   Former former{FileDescriptor(open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC))};
@@ -226,10 +225,10 @@ std::optional<FileStamp> ReplaceFile(const std::string& given_path, std::string_
 }
 
 void RemoveLeftovers(const std::string& given_path) {
-  const std::optional<std::string> path = platform::FollowLinks(given_path);
-  if (!path) return;
-  const std::string prefix = NewFilePrefix(*path);
-  const std::unique_ptr<DIR, CloseFolder> folder(opendir(FolderOf(*path).c_str()));
+  const std::optional<platform::LinkEnd> end = platform::FollowLinks(given_path);
+  if (!end) return;
+  const std::string prefix = NewFilePrefix(end->path);
+  const std::unique_ptr<DIR, CloseFolder> folder(opendir(FolderOf(end->path).c_str()));
   while (const dirent* entry = folder ? readdir(folder.get()) : nullptr) {
     const std::string_view name(entry->d_name);
     const bool is_leftover =

@@ -38,10 +38,11 @@ bool IsOtherThanFile(const std::string& path) {
   return IsFound(type) && type != FileType::kRegular;
 }
 
-std::optional<std::string> FollowLinks(std::string path) {
+std::optional<LinkEnd> FollowLinks(std::string path) {
   constexpr int kMostLinks = 40;  // as Linux: path_resolution(7)
   for (int links = 0; links < kMostLinks; ++links) {
-    if (TypeOfLink(path) != FileType::kSymbolicLink) return path;
+    const FileType type = TypeOfLink(path);
+    if (type != FileType::kSymbolicLink) return LinkEnd{path, type};
     char target[PATH_MAX];
     const ssize_t size = readlink(path.c_str(), target, sizeof target);
     if (size <= 0 || size == sizeof target) return std::nullopt;
